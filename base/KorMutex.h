@@ -1,0 +1,40 @@
+#pragma once
+
+/// @file
+/// Mutual exclusion with a time limit.
+
+#include "base/KorBaseExport.h"
+
+#include <pthread.h>
+
+/// A lock that one thread holds at a time.
+///
+/// Not recursive: a thread that locks it again waits like any other. Every operation may be
+/// called from any thread, but not from a signal handler. Destroy it only when nobody holds it
+/// or waits for it.
+class TARVO_BASE_API CKorMutex
+{
+public:
+    /// Time-out of Lock() that waits without limit.
+    static constexpr unsigned int WAIT_FOREVER = 0xFFFFFFFF;
+
+    CKorMutex();
+    ~CKorMutex();
+    CKorMutex(const CKorMutex&) = delete;
+    CKorMutex& operator=(const CKorMutex&) = delete;
+
+    /// Takes the lock, waiting for it up to @p nTimeout milliseconds on the monotonic clock: 0
+    /// only tries, #WAIT_FOREVER waits without limit.
+    /// @return true when the calling thread now holds the lock, false when the time ran out.
+    bool Lock(unsigned int nTimeout);
+
+    /// Releases the lock and lets one waiting thread go on. Without effect when nobody holds it.
+    void Unlock();
+
+private:
+    bool WaitUntilFree(unsigned int nTimeout);
+
+    pthread_mutex_t m_oGuard;
+    pthread_cond_t m_oFreed;
+    bool m_bHeld;
+};

@@ -1,0 +1,26 @@
+# Install tree, CMake package and pkg-config file.
+include(CMakePackageConfigHelpers)
+
+set(tarvo_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/tarvo-ext)
+set(tarvo_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/TarvoExt)
+
+if(TARVO_BASE STREQUAL "build")
+  install(TARGETS TarvoBase EXPORT TarvoExtTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    FILE_SET HEADERS DESTINATION ${tarvo_include_dir})
+endif()
+install(TARGETS TarvoExt EXPORT TarvoExtTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  FILE_SET HEADERS DESTINATION ${tarvo_include_dir})
+install(EXPORT TarvoExtTargets NAMESPACE Tarvo:: DESTINATION ${tarvo_package_dir})
+
+configure_package_config_file(cmake/TarvoExtConfig.cmake.in TarvoExtConfig.cmake
+  INSTALL_DESTINATION ${tarvo_package_dir})
+write_basic_package_version_file(TarvoExtConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES
+    ${PROJECT_BINARY_DIR}/TarvoExtConfig.cmake
+    ${PROJECT_BINARY_DIR}/TarvoExtConfigVersion.cmake
+  DESTINATION ${tarvo_package_dir})
+
+configure_file(cmake/tarvo-ext.pc.in tarvo-ext.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tarvo-ext.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,28 @@
+# Settings that every target of this project shares.
+
+set(tarvo_warnings -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor
+  -Wold-style-cast $<$<BOOL:${TARVO_WARNINGS_AS_ERRORS}>:-Werror>)
+
+# tarvo_configure_library(<target> <export-name> <file-name>)
+# Names the shared object exactly <file-name>.so, hides what is not marked as exported and
+# lets it find its neighbours beside itself.
+function(tarvo_configure_library target export_name file_name)
+  set_target_properties(${target} PROPERTIES
+    EXPORT_NAME ${export_name}
+    PREFIX ""
+    OUTPUT_NAME ${file_name}
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    INSTALL_RPATH "$ORIGIN")
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  target_compile_options(${target} PRIVATE ${tarvo_warnings})
+  target_link_options(${target} PRIVATE -Wl,--no-undefined -Wl,--as-needed)
+endfunction()
+
+# tarvo_add_program(<target> <source>...)
+# A program of this project that links the library as a user would.
+function(tarvo_add_program target)
+  add_executable(${target} ${ARGN})
+  target_compile_options(${target} PRIVATE ${tarvo_warnings})
+  target_link_libraries(${target} PRIVATE Tarvo::Ext)
+endfunction()
