@@ -9,7 +9,7 @@
 # Installs the Debian packages that are missing (as root) and keeps what it makes for a target,
 # the musl toolchain and GoogleTest, below build/toolchains.
 set -uo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit
 step=start
 
 fail()
@@ -84,7 +84,8 @@ for target in "${@:-armhf}"; do
     begin "GoogleTest"
     build_googletest "$toolchain" || fail
     begin "build"
-    cmake --preset "$preset" >/dev/null && cmake --build --preset "$preset" || fail
+    cmake --preset "$preset" >/dev/null || fail
+    cmake --build --preset "$preset" || fail
     begin "tests"
     ctest --preset "$preset" || fail
     echo "=== $target: passed"
