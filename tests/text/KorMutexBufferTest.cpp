@@ -1,4 +1,5 @@
 #include "text/KorMutexBuffer.h"
+#include "tests/support/Emulation.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -233,23 +234,19 @@ TEST(KorMutexBuffer, ReleasesTheLockWhenAppendingACharacterFails)
 
 TEST(KorMutexBuffer, FourProducersAndOneConsumerLoseAndDoubleNothing)
 {
-#if defined(__arm__) || defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-    constexpr int LINES = 2000;
-#else
-    constexpr int LINES = 20000;
-#endif
+    const int nLines = UnderEmulation() ? 2000 : 20000;
     CKorMutexBuffer oBuffer;
     std::vector<std::thread> vecProducers;
     vecProducers.reserve(PRODUCERS);
     for (int nProducer = 0; nProducer < PRODUCERS; ++nProducer) {
-        vecProducers.emplace_back([&oBuffer, nProducer]() {
-            for (int nLine = 0; nLine < LINES; ++nLine)
+        vecProducers.emplace_back([&oBuffer, nProducer, nLines]() {
+            for (int nLine = 0; nLine < nLines; ++nLine)
                 oBuffer.AddString(std::to_string(nProducer) + ":" + std::to_string(nLine) + "\n");
         });
     }
 
     std::vector<int> vecNext(PRODUCERS, 0);
-    for (int nTaken = 0; nTaken < PRODUCERS * LINES;) {
+    for (int nTaken = 0; nTaken < PRODUCERS * nLines;) {
         const std::string strLine = oBuffer.RemoveString("\n");
         if (strLine.empty()) {
             std::this_thread::yield();
@@ -262,7 +259,7 @@ TEST(KorMutexBuffer, FourProducersAndOneConsumerLoseAndDoubleNothing)
     }
     for (std::thread& oProducer : vecProducers)
         oProducer.join();
-    EXPECT_EQ(std::vector<int>(PRODUCERS, LINES), vecNext);
+    EXPECT_EQ(std::vector<int>(PRODUCERS, nLines), vecNext);
     EXPECT_EQ(0U, oBuffer.GetLength());
 }
 
