@@ -10,7 +10,10 @@
 /// order; Probe is derived from the library's class, so that its protected members show.
 #define PIN_MEMBER(Probe, Mirror, member)                                                          \
     static_assert(offsetof(Probe, member) == offsetof(Mirror, member), "place of " #member);       \
-    static_assert(sizeof(Probe::member) == sizeof(Mirror::member), "size of " #member)
+    static_assert(SameSize<decltype(Probe::member), decltype(Mirror::member)>, "size of " #member)
+
+template <class TOne, class TOther>
+constexpr bool SameSize = sizeof(TOne) == sizeof(TOther);
 
 /// The number of a virtual operation's slot in the table of its class, from 0.
 template <class TOperation>
