@@ -89,15 +89,13 @@ std::string CKorIniDocumentLines::LastSection()
 
 void CKorIniDocumentLines::Append(std::unique_ptr<SOptionLine> pLine)
 {
-    m_apLines.push_back(pLine.get());
-    pLine.release();
+    *m_apLines.insert(m_apLines.end(), nullptr) = pLine.release();
 }
 
 void CKorIniDocumentLines::InsertBehindFirst(std::unique_ptr<SOptionLine> pLine)
 {
     const auto itFirst = KorIniFindLine(m_apLines, m_oRule, {pLine->m_strSection, {}});
-    m_apLines.insert(itFirst + 1, pLine.get());
-    pLine.release();
+    *m_apLines.insert(itFirst + 1, nullptr) = pLine.release();
 }
 
 void CKorIniIndexedLines::MoveTo(std::vector<SOptionLine*>& apLines)

@@ -147,11 +147,10 @@ void CKorIniOptionExchange::SetOptionString(const char* pszSection, const char* 
             auto pHeader = std::make_unique<SOptionLine>();
             pHeader->m_strSection = pLine->m_strSection;
             pHeader->m_bSection = true;
-            itFirst = m_apOptionLines.insert(itFirst, pHeader.get());
-            pHeader.release();
+            itFirst = m_apOptionLines.insert(itFirst, nullptr);
+            *itFirst = pHeader.release();
         }
-        m_apOptionLines.insert(itFirst + 1, pLine.get());
-        pLine.release();
+        *m_apOptionLines.insert(itFirst + 1, nullptr) = pLine.release();
     }
     m_bModified = true;
 }

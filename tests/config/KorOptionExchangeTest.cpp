@@ -23,7 +23,7 @@ namespace
 {
 
 using Texts = std::vector<std::string>;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 struct Exchange : CKorIniOptionExchange
 {
