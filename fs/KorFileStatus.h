@@ -11,8 +11,8 @@
 /// The record that CKorFile::GetStatus() fills. Its members are there to be read.
 ///
 /// The times are stamps rather than dates: each is 1970-01-01 moved by 10 us, not by a second,
-/// for each second that the file system counts since then, in a product of 32 bits. Equal stamps
-/// mean the same second, different ones that the file was touched; their order means nothing.
+/// for each second that the file system counts since then, in a product of 32 bits. Another stamp
+/// tells that the file was touched since; which of two is the later one does not show.
 class TARVO_EXT_API CKorFileStatus
 {
 public:
