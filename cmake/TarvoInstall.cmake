@@ -28,5 +28,7 @@ install(FILES
     ${PROJECT_BINARY_DIR}/TarvoExtConfigVersion.cmake
   DESTINATION ${tarvo_package_dir})
 
+# The package can be moved: the prefix is told from where the file lies.
+file(RELATIVE_PATH tarvo_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/tarvo-ext.pc.in tarvo-ext.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tarvo-ext.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
