@@ -1,11 +1,19 @@
 #include "fs/KorPathFunc.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace
 {
 
 constexpr char SEPARATORS[] = "/\\";
+
+/// Fails for a null path with the text that callers compare.
+void RequirePath(const char* pszPath)
+{
+    if (pszPath == nullptr)
+        throw std::logic_error("basic_string::_S_construct NULL not valid");
+}
 
 /// Moves the network prefix of a path that begins with two backslashes from strDir to strDrive.
 void SplitNetworkPrefix(std::string& strDrive, std::string& strDir)
@@ -39,14 +47,56 @@ void SplitExtension(std::string& strTitle, std::string& strExt)
     strTitle.erase(nDot);
 }
 
+void RemoveTrailingSeparator(std::string& strDir)
+{
+    if (!strDir.empty() && IsSeparator(strDir.back()))
+        strDir.pop_back();
+}
+
+/// Drops the last separator and what follows it; a directory of one name stays as it is.
+void RemoveLastComponent(std::string& strDir)
+{
+    const size_t nSeparator = strDir.find_last_of(SEPARATORS);
+    if (nSeparator != std::string::npos)
+        strDir.erase(nSeparator);
+}
+
+/// Takes one leading "./" or "../" off the path, the latter together with a component of strDir.
+/// @return the path behind it; the same path when it begins with neither
+const char* TakeStep(const char* pszPath, std::string& strDir)
+{
+    if (pszPath[0] == '.' && IsSeparator(pszPath[1]))
+        return pszPath + 2;
+    if (pszPath[0] == '.' && pszPath[1] == '.' && IsSeparator(pszPath[2])) {
+        RemoveLastComponent(strDir);
+        return pszPath + 3;
+    }
+    return pszPath;
+}
+
+const char* SkipOneSeparator(const char* pszPath)
+{
+    return IsSeparator(*pszPath) ? pszPath + 1 : pszPath;
+}
+
+/// Takes all leading steps off the path. One separator in front of each step goes with it.
+const char* TakeSteps(const char* pszPath, std::string& strDir)
+{
+    for (;;) {
+        pszPath = SkipOneSeparator(pszPath);
+        const char* const pszRest = TakeStep(pszPath, strDir);
+        if (pszRest == pszPath)
+            return pszPath;
+        pszPath = pszRest;
+    }
+}
+
 } // namespace
 
 void SplitPath(const char* pszPath, std::string* pstrDrive, std::string* pstrDir,
                std::string* pstrTitle, std::string* pstrExt)
 {
-    if (pszPath == nullptr)
-        throw std::logic_error("basic_string::_S_construct NULL not valid");
-
+    RequirePath(pszPath);
     std::string astrDropped[4];
     std::string& strDrive = pstrDrive != nullptr ? *pstrDrive : astrDropped[0];
     std::string& strDir = pstrDir != nullptr ? *pstrDir : astrDropped[1];
@@ -86,4 +136,22 @@ std::string GetPathName(const char* pszPath)
 bool IsSeparator(char c)
 {
     return c == '/' || c == '\\';
+}
+
+std::string MakePathAbsolute(const char* pszPath, const char* pszBase)
+{
+    RequirePath(pszPath);
+    std::string strDir = pszBase != nullptr ? pszBase : "";
+    if (!strDir.empty() && !IsSeparator(strDir.back()))
+        strDir += '/';
+
+    // Ends in a separator, so that it has no title: the drive is all there is to split off.
+    std::string strDrive;
+    SplitNetworkPrefix(strDrive, strDir);
+    RemoveTrailingSeparator(strDir);
+    const char* const pszRest = TakeSteps(pszPath, strDir);
+
+    std::string strResult = strDrive + strDir + '/' + pszRest;
+    std::replace(strResult.begin(), strResult.end(), '\\', '/');
+    return strResult;
 }

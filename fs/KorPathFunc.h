@@ -47,3 +47,25 @@ TARVO_EXT_API std::string GetPathName(const char* pszPath);
 
 /// True for the slash and the backslash.
 TARVO_EXT_API bool IsSeparator(char c);
+
+/// Joins a path to a base directory. Steps "./" and "../" at the head of the path are taken
+/// against the base; every separator of the result is a slash.
+///
+/// | Path        | Base       | Result            |
+/// |-------------|------------|-------------------|
+/// | `x.ini`     | `/opt/app` | `/opt/app/x.ini`  |
+/// | `..\x.ini`  | `/opt/app/`| `/opt/x.ini`      |
+/// | `/etc/x.ini`| `/opt/app` | `/opt/app/etc/x.ini` |
+/// | `../../x`   | `/opt`     | `/x`              |
+/// | `.cfg`      | `/a`       | `/a/.cfg`         |
+/// | `..`        | `/a`       | `/a/..`           |
+///
+/// A leading separator of the path has no meaning: the path is always joined to the base. Steps
+/// inside the path, a step without a separator behind it and doubled separators stay. A "../"
+/// that finds no separator left in the base has no effect.
+///
+/// @param pszPath  the path
+/// @param pszBase  the base directory, with or without a trailing separator; null and "" are the
+///                 root directory
+/// @throws std::logic_error "basic_string::_S_construct NULL not valid" for a null @p pszPath
+TARVO_EXT_API std::string MakePathAbsolute(const char* pszPath, const char* pszBase);

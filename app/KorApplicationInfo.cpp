@@ -1,0 +1,120 @@
+#include "app/KorApplicationInfo.h"
+
+#include <locale>
+#include <sstream>
+
+namespace
+{
+
+std::string TextOr(const char* pszText, const std::string& strDefault)
+{
+    return pszText != nullptr ? pszText : strDefault;
+}
+
+/// Reads a number; a failed read leaves nValue as it was.
+void ReadNumber(std::istream& oStream, int& nValue)
+{
+    int nRead = 0;
+    if (oStream >> nRead)
+        nValue = nRead;
+}
+
+} // namespace
+
+CKorApplicationInfo CKorApplicationInfo::m_oLibTarvoInfo("libTarvo", "1.0.10", "Quentor GmbH",
+                                                         "Quentor libTarvo", "www.quentor.example",
+                                                         "Copyright (C) 2009-2026");
+
+CKorApplicationInfo::CKorApplicationInfo(const char* pszApplName, int nMajor, int nMinor,
+                                         int nPatch, const char* pszVendorName,
+                                         const char* pszApplDescription, const char* pszContact,
+                                         const char* pszCopyright)
+{
+    SetVersion(nMajor, nMinor, nPatch);
+    SetApplName(pszApplName);
+    SetApplDescription(pszApplDescription);
+    SetVendorName(pszVendorName);
+    SetCopyright(pszCopyright);
+    SetContact(pszContact);
+}
+
+CKorApplicationInfo::CKorApplicationInfo(const char* pszApplName, const char* pszVersion,
+                                         const char* pszVendorName, const char* pszApplDescription,
+                                         const char* pszContact, const char* pszCopyright)
+    : CKorApplicationInfo(pszApplName, 0, 0, 0, pszVendorName, pszApplDescription, pszContact,
+                          pszCopyright)
+{
+    SetVersion(pszVersion);
+}
+
+CKorApplicationInfo::~CKorApplicationInfo() = default;
+
+void CKorApplicationInfo::SetApplName(const char* pszName)
+{
+    m_strApplName = TextOr(pszName, "");
+}
+
+void CKorApplicationInfo::SetApplDescription(const char* pszDescription)
+{
+    m_strApplDescription = TextOr(pszDescription, m_strApplName);
+}
+
+void CKorApplicationInfo::SetVendorName(const char* pszVendor)
+{
+    m_strVendorName = TextOr(pszVendor, "");
+}
+
+void CKorApplicationInfo::SetCopyright(const char* pszCopyright)
+{
+    m_strCopyright = TextOr(pszCopyright, "Copyright (C)");
+}
+
+void CKorApplicationInfo::SetContact(const char* pszContact)
+{
+    m_strContact = TextOr(pszContact, "");
+}
+
+void CKorApplicationInfo::SetVersion(int nMajor, int nMinor, int nPatch)
+{
+    m_nVersionMajor = nMajor;
+    m_nVersionMinor = nMinor;
+    m_nVersionPatch = nPatch;
+}
+
+void CKorApplicationInfo::SetVersion(const char* pszVersion)
+{
+    SetVersion(1, 0, 0);
+    std::istringstream oStream(TextOr(pszVersion, ""));
+    // A global locale whose thousands separator is "." would read "1.0.10" as one number.
+    oStream.imbue(std::locale::classic());
+    char cSeparator = 0;
+    ReadNumber(oStream, m_nVersionMajor);
+    oStream >> cSeparator;
+    ReadNumber(oStream, m_nVersionMinor);
+    oStream >> cSeparator;
+    ReadNumber(oStream, m_nVersionPatch);
+}
+
+std::string CKorApplicationInfo::GetVersion() const
+{
+    return std::to_string(m_nVersionMajor) + "." + std::to_string(m_nVersionMinor) + "." +
+           std::to_string(m_nVersionPatch);
+}
+
+std::string CKorApplicationInfo::GetVersionString() const
+{
+    return m_strApplDescription + ", Version " + GetVersion();
+}
+
+std::string CKorApplicationInfo::GetCopyrightString() const
+{
+    std::string strText = m_strCopyright + " " + m_strVendorName;
+    if (!m_strContact.empty())
+        strText += " (" + m_strContact + ")";
+    return strText;
+}
+
+CKorApplicationInfo& CKorApplicationInfo::GetLibraryInfo()
+{
+    return m_oLibTarvoInfo;
+}

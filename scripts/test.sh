@@ -1,0 +1,11 @@
+#!/bin/bash
+# Sets up a fresh Debian machine (as root), builds with warnings as errors and runs every test.
+# usage: scripts/test.sh [PRESET]   PRESET: release (default), debug, asan, tsan, coverage
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+preset=${1:-release}
+need_packages g++ cmake ninja-build pkg-config libgtest-dev libmodbus-dev socat doxygen
+need_cmake
+configure_and_build "$preset"
+step "Running the tests"
+try ctest --preset "$preset"

@@ -1,0 +1,29 @@
+# What the scripts beside this one share.
+
+set(EXPECTED "outside runs on Quentor libTarvo, Version 1.0.10\n")
+
+function(run)
+  execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+# Runs the program, under the emulator of the target if there is one, without a library path from
+# outside, and compares what it prints.
+function(expect_output program expected)
+  unset(ENV{LD_LIBRARY_PATH})
+  execute_process(COMMAND ${EMULATOR} ${program} OUTPUT_VARIABLE output
+    COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT output STREQUAL expected)
+    message(FATAL_ERROR "expected:\n${expected}\nprinted:\n${output}")
+  endif()
+endfunction()
+
+# Compiles one source with nothing but what pkg-config says of the installed package.
+function(compile_with_pkg_config source program)
+  set(ENV{PKG_CONFIG_LIBDIR} ${PREFIX}/${LIBDIR}/pkgconfig)
+  execute_process(COMMAND pkg-config --cflags --libs tarvo-ext
+    OUTPUT_VARIABLE package OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  separate_arguments(package UNIX_COMMAND "${package}")
+  separate_arguments(flags UNIX_COMMAND "${FLAGS}")
+  run(${COMPILER} -std=c++17 ${flags} ${source} -o ${program} ${package}
+    -Wl,-rpath,${PREFIX}/${LIBDIR})
+endfunction()

@@ -1,0 +1,395 @@
+#include "serial/KorSerial.h"
+#include "tests/serial/SerialTestPort.h"
+#include "tests/support/PseudoTerminal.h"
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <string>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+constexpr int PATIENCE_MS = 60000;
+
+/// A raw line and a port on it whose receive thread does not run.
+class KorSerialRead : public testing::Test
+{
+protected:
+    KorSerialRead()
+    {
+        m_oLine.MakeRaw();
+        m_oPort.m_hPort = ::open(m_oLine.Name(), O_RDWR | O_NOCTTY);
+    }
+
+    PseudoTerminal m_oLine;
+    TestPort m_oPort;
+    char m_c = '?';
+};
+
+TEST_F(KorSerialRead, ReadsOneCharacterAtATime)
+{
+    m_oLine.Send("AB");
+    EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ('A', m_c);
+    EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ('B', m_c);
+}
+
+TEST_F(KorSerialRead, ATimeoutReportsByTheOldErrno)
+{
+    errno = EAGAIN;
+    EXPECT_EQ(1, m_oPort.ReadOneByte(m_c, 1));
+    EXPECT_EQ(EAGAIN, errno);
+    errno = 0;
+    EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 1));
+    EXPECT_EQ(0, errno);
+    EXPECT_EQ('?', m_c);
+}
+
+TEST_F(KorSerialRead, WaitsAsLongAsAskedTo)
+{
+    const auto oStart = std::chrono::steady_clock::now();
+    EXPECT_NE(0, m_oPort.ReadOneByte(m_c, 0));
+    EXPECT_NE(0, m_oPort.ReadOneByte(m_c, 1050));
+    EXPECT_GE(std::chrono::steady_clock::now() - oStart, std::chrono::milliseconds(1050));
+}
+
+TEST_F(KorSerialRead, AHungUpLineReadsAsNothing)
+{
+    m_oLine.HangUp();
+    EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ('?', m_c);
+}
+
+TEST_F(KorSerialRead, WithoutADescriptorItIsAnIoError)
+{
+    const int hOpen = m_oPort.ReleaseDescriptor();
+    errno = EAGAIN;
+    EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ('?', m_c);
+    m_oPort.m_hPort = hOpen;
+}
+
+TEST_F(KorSerialRead, AClosedDescriptorIsAnIoError)
+{
+    ::close(m_oPort.m_hPort);
+    EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 60000));
+    m_oPort.ReleaseDescriptor();
+}
+
+void AllowDescriptorsUpTo(rlim_t nHighest)
+{
+    rlimit oLimit;
+    ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &oLimit));
+    ASSERT_GT(oLimit.rlim_max, nHighest);
+    oLimit.rlim_cur = oLimit.rlim_max;
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &oLimit));
+}
+
+TEST_F(KorSerialRead, ADescriptorBeyondTheSetIsAnIoErrorAndReadsNothing)
+{
+    AllowDescriptorsUpTo(1500);
+    const int hLow = m_oPort.ReleaseDescriptor();
+    m_oLine.Send("AB");
+    for (const int hHigh : {1024, 1025, 1500}) {
+        ASSERT_EQ(hHigh, dup2(hLow, hHigh));
+        m_oPort.m_hPort = hHigh;
+        errno = EAGAIN;
+        EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 60000)) << hHigh;
+        EXPECT_EQ('?', m_c);
+        ::close(hHigh);
+    }
+    ASSERT_EQ(1023, dup2(hLow, 1023));
+    m_oPort.m_hPort = 1023;
+    EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ('A', m_c);
+    ::close(hLow);
+}
+
+void IgnoreSignal(int) {}
+
+TEST_F(KorSerialRead, ASignalThatEndsTheWaitIsAnIoErrorAndLosesNothing)
+{
+    struct sigaction oAction = {};
+    oAction.sa_handler = IgnoreSignal;
+    ASSERT_EQ(0, sigaction(SIGALRM, &oAction, nullptr));
+    const itimerval oEvery5Ms = {{0, 5000}, {0, 5000}};
+    ASSERT_EQ(0, setitimer(ITIMER_REAL, &oEvery5Ms, nullptr));
+    errno = 0;
+    EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ(EINTR, errno);
+    const itimerval oOff = {};
+    setitimer(ITIMER_REAL, &oOff, nullptr);
+
+    m_oLine.Send("A");
+    EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ('A', m_c);
+}
+
+/// Records what it is handed, and where.
+class RecordingPort : public TestPort
+{
+public:
+    ~RecordingPort() override
+    {
+        while (close() == SERIAL_THREAD_RUNNING) {
+        }
+    }
+
+    void DataInd(char c) override
+    {
+        m_oRecord.AddChar(c);
+        m_oThread = std::this_thread::get_id();
+    }
+
+    std::string WaitForRecord(std::size_t nCount)
+    {
+        while (m_oRecord.GetLength() < nCount)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return m_oRecord.GetBuffer();
+    }
+
+    CKorMutexBuffer m_oRecord;
+    std::atomic<std::thread::id> m_oThread;
+};
+
+/// A raw line.
+class KorSerialReception : public testing::Test
+{
+protected:
+    KorSerialReception() { m_oLine.MakeRaw(); }
+
+    PseudoTerminal m_oLine;
+};
+
+TEST_F(KorSerialReception, KeepsWhatArrives)
+{
+    TestPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    m_oLine.Send("ABC\rDEF");
+    std::string strData;
+    EXPECT_EQ(0, oPort.WaitForData("\r", strData, PATIENCE_MS));
+    EXPECT_EQ("ABC\r", strData);
+    EXPECT_EQ(0, oPort.WaitForResponse(3, PATIENCE_MS));
+    EXPECT_EQ("DEF", oPort.GetReceivedData());
+    EXPECT_EQ("DEF", oPort.GetReceivedData());
+}
+
+TEST_F(KorSerialReception, TakesANumberOfCharacters)
+{
+    TestPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    m_oLine.Send("ABCDEF");
+    ASSERT_EQ(0, oPort.WaitForResponse(6, PATIENCE_MS));
+    std::string strData;
+    EXPECT_EQ(0, oPort.WaitForData(3, strData, 1000));
+    EXPECT_EQ("ABC", strData);
+    EXPECT_EQ("DEF", oPort.GetReceivedData());
+}
+
+TEST_F(KorSerialReception, ReceivesEveryByteValue)
+{
+    TestPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    std::string strAll;
+    for (int nByte = 0; nByte < 256; ++nByte)
+        strAll += static_cast<char>(nByte);
+    m_oLine.Send(strAll);
+    std::string strData;
+    EXPECT_EQ(0, oPort.WaitForData(256, strData, PATIENCE_MS));
+    EXPECT_EQ(strAll, strData);
+}
+
+TEST_F(KorSerialReception, AnswersARequest)
+{
+    TestPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    std::thread oDevice([this]() {
+        EXPECT_EQ("ID?\r", m_oLine.Receive(4));
+        m_oLine.Send("METER 1\r");
+    });
+    EXPECT_EQ(0, oPort.DataReq("ID?\r", 4, 0));
+    std::string strAnswer;
+    EXPECT_EQ(0, oPort.WaitForData("\r", strAnswer, PATIENCE_MS));
+    EXPECT_EQ("METER 1\r", strAnswer);
+    oDevice.join();
+}
+
+TEST_F(KorSerialReception, ReceivedCharactersOutliveCloseAndOpen)
+{
+    TestPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    m_oLine.Send("AB");
+    ASSERT_EQ(0, oPort.WaitForResponse(2, PATIENCE_MS));
+    ASSERT_EQ(0, oPort.close());
+    EXPECT_EQ("AB", oPort.GetReceivedData());
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    m_oLine.Send("CD");
+    ASSERT_EQ(0, oPort.WaitForResponse(4, PATIENCE_MS));
+    EXPECT_EQ("ABCD", oPort.GetReceivedData());
+    oPort.ClearBuffer();
+    EXPECT_EQ("", oPort.GetReceivedData());
+}
+
+TEST_F(KorSerialReception, OpenDiscardsWhatTheDeviceStillHeld)
+{
+    const int hOther = ::open(m_oLine.Name(), O_RDWR | O_NOCTTY);
+    m_oLine.Send("stale");
+    int nHeld = 0;
+    while (nHeld < 5)
+        ASSERT_EQ(0, ioctl(hOther, FIONREAD, &nHeld));
+    TestPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    m_oLine.Send("new");
+    ASSERT_EQ(0, oPort.WaitForResponse(3, PATIENCE_MS));
+    EXPECT_EQ("new", oPort.GetReceivedData());
+    ::close(hOther);
+}
+
+TEST_F(KorSerialReception, AnOverrideTakesTheCharactersItself)
+{
+    RecordingPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    m_oLine.Send("ABC");
+    EXPECT_EQ("ABC", oPort.WaitForRecord(3));
+    EXPECT_EQ("", oPort.GetReceivedData());
+    EXPECT_NE(std::this_thread::get_id(), oPort.m_oThread.load());
+}
+
+TEST_F(KorSerialReception, AfterAHangUpThePreviousCharacterComesAgain)
+{
+    RecordingPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    m_oLine.Send("AB");
+    ASSERT_EQ("AB", oPort.WaitForRecord(2));
+    m_oLine.HangUp();
+    const std::string strRecord = oPort.WaitForRecord(5);
+    EXPECT_EQ("AB" + std::string(strRecord.size() - 2, 'B'), strRecord);
+}
+
+TEST_F(KorSerialReception, CloseOfAnIdlePortEndsWithinItsSecond)
+{
+    TestPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    EXPECT_EQ(100U, oPort.m_oRcvThread.GetTimeout());
+    const auto oStart = std::chrono::steady_clock::now();
+    EXPECT_EQ(0, oPort.close());
+    EXPECT_LT(std::chrono::steady_clock::now() - oStart, std::chrono::seconds(1));
+}
+
+/// Does not return from DataInd() before it may.
+class HoldingPort : public TestPort
+{
+public:
+    ~HoldingPort() override
+    {
+        m_bMayReturn = true;
+        while (close() == SERIAL_THREAD_RUNNING) {
+        }
+    }
+
+    void DataInd(char c) override
+    {
+        TestPort::DataInd(c);
+        while (!m_bMayReturn)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+
+    std::atomic<bool> m_bMayReturn{false};
+};
+
+TEST_F(KorSerialReception, CloseGivesUpWhenTheThreadDoesNotEnd)
+{
+    HoldingPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    m_oLine.Send("A");
+    ASSERT_EQ(0, oPort.WaitForResponse(1, PATIENCE_MS));
+    const auto oStart = std::chrono::steady_clock::now();
+    EXPECT_EQ(8, oPort.close());
+    EXPECT_GE(std::chrono::steady_clock::now() - oStart, std::chrono::seconds(1));
+    EXPECT_NE(-1, fcntl(oPort.m_hPort, F_GETFD));
+
+    oPort.m_bMayReturn = true;
+    EXPECT_EQ(0, oPort.close());
+    EXPECT_EQ(-1, oPort.m_hPort);
+    EXPECT_EQ("A", oPort.GetReceivedData());
+}
+
+TEST_F(KorSerialReception, TheDestructorOutwaitsASlowThread)
+{
+    int hPort = -1;
+    {
+        CKorSerial oPort;
+        (oPort.*(&TestPort::m_oRcvThread)).SetTimeout(1500);
+        ASSERT_EQ(0, oPort.open(m_oLine.Name(), CKorSerial::BAUD_9600, CKorSerial::PARITY_NONE,
+                                CKorSerial::STOPBITS_1, CKorSerial::BYTESIZE_8, nullptr));
+        hPort = oPort.*(&TestPort::m_hPort);
+        CKorThread::Sleep(0, 50); // the thread has most likely begun its long wait
+    }
+    EXPECT_EQ(-1, fcntl(hPort, F_GETFD));
+}
+
+TEST(KorSerialRcvThread, WaitsAHundredMillisecondsUnlessToldOtherwise)
+{
+    CKorSerial::CKorSerialRcvThread oThread;
+    EXPECT_EQ(100U, oThread.GetTimeout());
+    oThread.SetTimeout(0xFFFFFFFF);
+    EXPECT_EQ(0xFFFFFFFFU, oThread.GetTimeout());
+    EXPECT_EQ(3, oThread.GetState());
+    EXPECT_TRUE(oThread.Initialize());
+}
+
+TEST(KorSerialRcvThread, EndsAtOnceWithoutAPort)
+{
+    CKorSerial::CKorSerialRcvThread oThread;
+    oThread.Run();
+    ASSERT_TRUE(oThread.Start());
+    while (oThread.GetState() != 3)
+        CKorThread::Sleep(0, 1);
+    EXPECT_FALSE(oThread.IsTerminationRequested());
+}
+
+TEST_F(KorSerialReception, ARunningThreadMayBeDestroyed)
+{
+    TestPort oPort;
+    oPort.m_hPort = ::open(m_oLine.Name(), O_RDWR | O_NOCTTY);
+    {
+        CKorSerial::CKorSerialRcvThread oThread;
+        oThread.Initialize(&oPort);
+        ASSERT_TRUE(oThread.Start());
+        m_oLine.Send("A");
+        ASSERT_EQ(0, oPort.WaitForResponse(1, PATIENCE_MS));
+    }
+    m_oLine.Send("B");
+    char c = '?';
+    EXPECT_EQ(0, oPort.ReadOneByte(c, 60000));
+    EXPECT_EQ('B', c);
+}
+
+TEST(KorSerialRcvThread, KeepsTheOrderOfItsMembers)
+{
+    class OpenThread : public CKorSerial::CKorSerialRcvThread
+    {
+    public:
+        using CKorSerialRcvThread::m_nTimeout;
+        using CKorSerialRcvThread::m_pSerial;
+    };
+    OpenThread oThread;
+    const char* const pPort = reinterpret_cast<const char*>(&oThread.m_pSerial);
+    const char* const pTimeout = reinterpret_cast<const char*>(&oThread.m_nTimeout);
+    EXPECT_GE(pPort, reinterpret_cast<const char*>(&oThread) + sizeof(void*));
+    EXPECT_EQ(pPort + sizeof(void*), pTimeout);
+    EXPECT_EQ(sizeof(unsigned int), sizeof oThread.m_nTimeout);
+}
+
+} // namespace
