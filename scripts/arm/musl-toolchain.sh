@@ -80,7 +80,7 @@ cat >"$folder/musl.specs" <<END
 END
 
 mkdir source object
-tar xJf unpacked/usr/src/gcc-$version/gcc-$version.*.tar.xz -C source --strip-components=1 \
+tar xJf unpacked/usr/src/gcc-"$version"/gcc-"$version".*.tar.xz -C source --strip-components=1 \
     --wildcards --no-wildcards-match-slash --exclude='*/libstdc++-v3/testsuite/[0-9a-z]*' \
     '*/libstdc++-v3' '*/libgcc' '*/libiberty' '*/include' '*/config' '*/config.*' \
     '*/config-ml.in' '*/install-sh' '*/ltmain.sh' '*/missing' '*/mkinstalldirs' \
@@ -93,7 +93,7 @@ flags="-Os -ffunction-sections -fdata-sections"
 ../source/libstdc++-v3/configure --build=x86_64-linux-gnu --host=$triplet \
     --prefix="$folder/stdcxx" --with-gxx-include-dir="$folder/stdcxx/include" \
     --libdir="$folder/stdcxx/lib" --disable-multilib --disable-nls --disable-libstdcxx-pch \
-    --disable-symvers --disable-static --disable-libstdcxx-dual-abi --enable-libstdcxx-time=yes \
+    --disable-symvers --disable-static --enable-libstdcxx-time=yes \
     CC="$compiler" CXX="$compiler" CPP="$compiler -E" AR=$cross-ar RANLIB=$cross-ranlib \
     NM=$cross-nm STRIP=$cross-strip AS=$cross-as LD=$cross-ld CFLAGS="$flags" CXXFLAGS="$flags"
 make -j"$(nproc)"
