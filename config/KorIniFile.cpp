@@ -1,13 +1,21 @@
 #include "config/KorIniFile.h"
 
 #include "config/KorOptionExchange.h"
+#include "fs/KorFile.h"
+#include "fs/KorPathFunc.h"
 #include "text/KorStringDetail.h"
 
-CKorIniFile::CKorIniFile(const char* pszName, EPathMode)
+CKorIniFile::CKorIniFile(const char* pszName, EPathMode nMode)
     : m_strIniFileName(KorText(pszName)), m_bCaseSensitiv(false)
 {
     if (m_strIniFileName.empty())
         m_strIniFileName = "Konfig.ini";
+    if (nMode == PATH_PROGRAM_DIR || nMode == PATH_WORK_DIR) {
+        const int nDirectory =
+            nMode == PATH_PROGRAM_DIR ? CKorFile::WORKDIR_PROGRAM : CKorFile::WORKDIR_CURRENT;
+        m_strIniFileName = MakePathAbsolute(m_strIniFileName.c_str(),
+                                            CKorFile::GetCurrentWorkDir(nDirectory).c_str());
+    }
 }
 
 CKorIniFile::CKorIniFile() : m_bCaseSensitiv(false) {}

@@ -37,14 +37,24 @@ class TARVO_EXT_API CKorIniFile : public CKorConfigBase
 {
 public:
     /// Where a file name belongs. Any other value counts as #PATH_UNCHANGED.
+    ///
+    /// | Name       | Program directory | `PATH_PROGRAM_DIR`    |
+    /// |------------|-------------------|-----------------------|
+    /// | null       | `/opt/app/`       | `/opt/app/Konfig.ini` |
+    /// | `../x.ini` | `/opt/app/`       | `/opt/x.ini`          |
+    /// | `/x.ini`   | `/opt/app/`       | `/opt/app/x.ini`      |
+    ///
+    /// A name is always joined to the directory; one that begins with a separator is no
+    /// absolute path there.
     enum EPathMode : int
     {
         PATH_UNCHANGED = 0,   ///< the name as it is, relative to the working directory at each use
         PATH_PROGRAM_DIR = 1, ///< joined to the directory of the program file
-        PATH_WORK_DIR = 2     ///< joined to the working directory at construction
+        PATH_WORK_DIR = 2     ///< joined to what is the working directory at construction
     };
 
-    /// Names the file; it is not opened yet.
+    /// Names the file; it is not opened yet. The resolved name stays for the object's life, also
+    /// when the working directory changes later.
     /// @param pszName  the file's name; null or empty for "Konfig.ini"
     /// @param nMode    where the name belongs
     CKorIniFile(const char* pszName, EPathMode nMode);

@@ -89,13 +89,15 @@ std::string CKorIniDocumentLines::LastSection()
 
 void CKorIniDocumentLines::Append(std::unique_ptr<SOptionLine> pLine)
 {
-    *m_apLines.insert(m_apLines.end(), nullptr) = pLine.release();
+    m_apLines.push_back(nullptr);
+    m_apLines.back() = pLine.release();
 }
 
 void CKorIniDocumentLines::InsertBehindFirst(std::unique_ptr<SOptionLine> pLine)
 {
     const auto itFirst = KorIniFindLine(m_apLines, m_oRule, {pLine->m_strSection, {}});
-    *m_apLines.insert(itFirst + 1, nullptr) = pLine.release();
+    const auto itLine = m_apLines.insert(itFirst + 1, nullptr);
+    *itLine = pLine.release();
 }
 
 void CKorIniIndexedLines::MoveTo(std::vector<SOptionLine*>& apLines)
@@ -119,8 +121,8 @@ void CKorIniIndexedLines::Append(std::unique_ptr<SOptionLine> pLine)
 {
     const SOptionLine& oLine = *pLine;
     const auto itLine = m_lstLines.insert(m_lstLines.end(), std::move(pLine));
-    m_mapFirst.emplace(SKorIniName{oLine.m_strSection, {}}, itLine);
-    m_mapFirst.emplace(SKorIniName{oLine.m_strSection, oLine.m_strOption}, itLine);
+    m_mapFirst.try_emplace({oLine.m_strSection, {}}, itLine);
+    m_mapFirst.try_emplace({oLine.m_strSection, oLine.m_strOption}, itLine);
     if (!oLine.m_strSection.empty())
         m_strLastSection = oLine.m_strSection;
 }
@@ -130,5 +132,5 @@ void CKorIniIndexedLines::InsertBehindFirst(std::unique_ptr<SOptionLine> pLine)
     const SOptionLine& oLine = *pLine;
     const auto itFirst = m_mapFirst.find({oLine.m_strSection, {}})->second;
     const auto itLine = m_lstLines.insert(std::next(itFirst), std::move(pLine));
-    m_mapFirst.emplace(SKorIniName{oLine.m_strSection, oLine.m_strOption}, itLine);
+    m_mapFirst.try_emplace({oLine.m_strSection, oLine.m_strOption}, itLine);
 }

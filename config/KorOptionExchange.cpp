@@ -150,7 +150,8 @@ void CKorIniOptionExchange::SetOptionString(const char* pszSection, const char* 
             itFirst = m_apOptionLines.insert(itFirst, nullptr);
             *itFirst = pHeader.release();
         }
-        *m_apOptionLines.insert(itFirst + 1, nullptr) = pLine.release();
+        itFirst = m_apOptionLines.insert(itFirst + 1, nullptr);
+        *itFirst = pLine.release();
     }
     m_bModified = true;
 }

@@ -71,6 +71,38 @@ TEST_F(KorIniFile, AnUnchangedNameIsRelativeToTheWorkingDirectoryAtEachUse)
     EXPECT_EQ("\n[S] \na=1 \n", ReadFile(m_oDir.File("Konfig.ini")));
 }
 
+TEST_F(KorIniFile, CanLieInTheDirectoryOfTheProgram)
+{
+    const std::string strProgramDir =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
+    EXPECT_EQ(strProgramDir + "/Konfig.ini",
+              CKorIniFile(nullptr, CKorIniFile::PATH_PROGRAM_DIR).GetIniFileName());
+    EXPECT_EQ(strProgramDir + "/etc/x.ini",
+              CKorIniFile("/etc/x.ini", CKorIniFile::PATH_PROGRAM_DIR).GetIniFileName());
+}
+
+TEST_F(KorIniFile, CanLieInTheWorkingDirectory)
+{
+    const std::filesystem::path oBefore = std::filesystem::current_path();
+    std::filesystem::create_directory(m_oDir.File("app"));
+    std::filesystem::current_path(m_oDir.File("app"));
+    const std::string strWorkDir = std::filesystem::current_path().string();
+    const CKorIniFile oUnnamed(nullptr, CKorIniFile::PATH_WORK_DIR);
+    CKorIniFile oBelow("/etc/x.ini", CKorIniFile::PATH_WORK_DIR);
+    const CKorIniFile oAbove("../x.ini", CKorIniFile::PATH_WORK_DIR);
+    std::filesystem::current_path(oBefore);
+
+    // The names stay when the working directory changes.
+    EXPECT_EQ(strWorkDir + "/Konfig.ini", oUnnamed.GetIniFileName());
+    EXPECT_EQ(strWorkDir + "/etc/x.ini", oBelow.GetIniFileName());
+    EXPECT_EQ(std::filesystem::path(strWorkDir).parent_path().string() + "/x.ini",
+              oAbove.GetIniFileName());
+
+    std::filesystem::create_directory(m_oDir.File("app/etc"));
+    oBelow.WriteOption("S", "a", "1");
+    EXPECT_EQ("\n[S] \na=1 \n", ReadFile(m_oDir.File("app/etc/x.ini")));
+}
+
 TEST_F(KorIniFile, ComparesNamesWithoutRegardToCaseUnlessToldOtherwise)
 {
     EXPECT_FALSE(CKorIniFile().IsCaseSensitiv());
