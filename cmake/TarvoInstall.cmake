@@ -8,6 +8,12 @@ if(TARVO_BASE STREQUAL "build")
   install(TARGETS TarvoBase EXPORT TarvoExtTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     FILE_SET HEADERS DESTINATION ${tarvo_include_dir})
+else()
+  install(FILES cmake/FindTarvoBase.cmake DESTINATION ${tarvo_package_dir})
+  # For the pkg-config file: where the board's base library is, as the board's root sees it.
+  cmake_path(GET TARVO_BASE_LIBRARY PARENT_PATH tarvo_base_libs)
+  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "-L/" tarvo_base_libs ${tarvo_base_libs})
+  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "-I/" tarvo_base_cflags ${TARVO_BASE_INCLUDE_DIR})
 endif()
 install(TARGETS TarvoExt EXPORT TarvoExtTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -22,5 +28,7 @@ install(FILES
     ${PROJECT_BINARY_DIR}/TarvoExtConfigVersion.cmake
   DESTINATION ${tarvo_package_dir})
 
+# The package can be moved: the prefix is told from where the file lies.
+file(RELATIVE_PATH tarvo_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/tarvo-ext.pc.in tarvo-ext.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tarvo-ext.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

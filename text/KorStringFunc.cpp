@@ -1,30 +1,22 @@
 #include "text/KorStringFunc.h"
 
+#include "text/KorStringDetail.h"
+
 #include <algorithm>
-#include <cstring>
-
-namespace
-{
-
-constexpr char WHITE_SPACE[] = " \t\n\v\f\r";
-
-} // namespace
 
 std::string KorStrRTrim(const char* pszText)
 {
-    std::string strText = pszText != nullptr ? pszText : "";
-    strText.erase(strText.find_last_not_of(WHITE_SPACE) + 1);
-    return strText;
+    return std::string(KorRTrim(KorText(pszText)));
 }
 
 std::string KorStrLTrim(const char* pszText)
 {
-    return pszText != nullptr ? pszText + std::strspn(pszText, WHITE_SPACE) : "";
+    return std::string(KorLTrim(KorText(pszText)));
 }
 
 std::string KorStrTrim(const char* pszText)
 {
-    return KorStrLTrim(KorStrRTrim(pszText).c_str());
+    return std::string(KorLTrim(KorRTrim(KorText(pszText))));
 }
 
 void KorDeQuoteString(std::string& strText)
@@ -36,7 +28,7 @@ void KorDeQuoteString(std::string& strText)
 void KorQuoteString(std::string& strText, bool bOnlyIfWhiteSpace)
 {
     KorDeQuoteString(strText);
-    if (bOnlyIfWhiteSpace && strText.find_first_of(WHITE_SPACE) == std::string::npos)
+    if (bOnlyIfWhiteSpace && strText.find_first_of(KOR_WHITE_SPACE) == std::string::npos)
         return;
     strText.insert(strText.begin(), '"');
     strText += '"';

@@ -1,7 +1,6 @@
 # What the ARM targets share. A target's file sets
 #   tarvo_target   its name, which is also its folder below build/toolchains
 #   tarvo_triplet  the prefix of Debian's cross tools
-#   tarvo_cpu      the processor that qemu-user shows to its programs
 get_filename_component(tarvo_root ${CMAKE_CURRENT_LIST_DIR}/../.. ABSOLUTE)
 set(tarvo_cache ${tarvo_root}/build/toolchains/${tarvo_target})
 
@@ -10,21 +9,19 @@ set(CMAKE_SYSTEM_PROCESSOR arm)
 set(CMAKE_C_COMPILER ${tarvo_triplet}-gcc)
 set(CMAKE_CXX_COMPILER ${tarvo_triplet}-g++)
 
+# Packages are looked for below these folders alone; -DCMAKE_FIND_ROOT_PATH adds others.
 if(tarvo_target MATCHES musl)
   if(NOT EXISTS ${tarvo_cache}/sysroot/musl.specs)
     message(FATAL_ERROR "No musl toolchain yet: scripts/test-arm.sh ${tarvo_target} makes it.")
   endif()
-  set(tarvo_libraries ${tarvo_cache}/sysroot/run)
-  set(CMAKE_FIND_ROOT_PATH ${tarvo_cache}/gtest ${tarvo_cache}/sysroot)
+  list(APPEND CMAKE_FIND_ROOT_PATH ${tarvo_cache}/gtest ${tarvo_cache}/sysroot)
   set(CMAKE_C_FLAGS_INIT -specs=${tarvo_cache}/sysroot/musl.specs)
   set(CMAKE_CXX_FLAGS_INIT -specs=${tarvo_cache}/sysroot/musl.specs)
 else()
-  set(tarvo_libraries /usr/${tarvo_triplet})
-  set(CMAKE_FIND_ROOT_PATH ${tarvo_cache}/gtest /usr/${tarvo_triplet})
+  list(APPEND CMAKE_FIND_ROOT_PATH ${tarvo_cache}/gtest /usr/${tarvo_triplet})
 endif()
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-set(CMAKE_CROSSCOMPILING_EMULATOR
-  ${tarvo_root}/scripts/arm/run-arm ${tarvo_libraries} ${tarvo_cpu})
+set(CMAKE_CROSSCOMPILING_EMULATOR ${tarvo_root}/scripts/arm/run-arm ${tarvo_target})

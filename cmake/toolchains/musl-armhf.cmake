@@ -1,5 +1,4 @@
 # ARMv7 with hard float and musl, made by scripts/test-arm.sh.
 set(tarvo_target musl-armhf)
 set(tarvo_triplet arm-linux-gnueabihf)
-set(tarvo_cpu max)
 include(${CMAKE_CURRENT_LIST_DIR}/debian-arm.cmake)

@@ -91,7 +91,8 @@ TEST_F(KorSerialRobustness, OpensAndClosesAThousandTimes)
     TestPort oPort;
     oPort.m_oRcvThread.SetTimeout(1);
     const int nDescriptors = EntriesOf("/proc/self/fd");
-    for (int nRound = 0; nRound < (SLOW_GROUND ? 200 : 1000); ++nRound) {
+    const int nRounds = OnSlowGround() ? 200 : 1000;
+    for (int nRound = 0; nRound < nRounds; ++nRound) {
         ASSERT_EQ(0, oPort.open(m_oLine));
         m_oLine.Send("x");
         WaitForFirstCharacter(oPort);
@@ -150,7 +151,7 @@ TEST_F(KorSerialRobustness, CanBeDestroyedRightAfterOpen)
 
 TEST_F(KorSerialRobustness, OneThreadSendsWhileAnotherReceives)
 {
-    const std::string strOut = Stream(SLOW_GROUND ? 16384 : 131072, 1);
+    const std::string strOut = Stream(OnSlowGround() ? 16384 : 131072, 1);
     const std::string strIn = Stream(strOut.size(), 2);
     TestPort oPort;
     ASSERT_EQ(0, oPort.open(m_oLine));
@@ -199,7 +200,7 @@ TEST(KorSerialSeveral, PortsWorkSideBySide)
 
 TEST_F(KorSerialRobustness, AMebibyteOfAllByteValuesArrivesWholeAndInOrder)
 {
-    const std::string strBytes = Stream(SLOW_GROUND ? 65536 : 1048576);
+    const std::string strBytes = Stream(OnSlowGround() ? 65536 : 1048576);
     TestPort oPort;
     ASSERT_EQ(0, oPort.open(m_oLine));
     std::thread oSender([&]() { m_oLine.Send(strBytes); });

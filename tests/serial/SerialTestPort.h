@@ -1,6 +1,7 @@
 #pragma once
 
 #include "serial/KorSerial.h"
+#include "tests/support/Emulation.h"
 #include "tests/support/PseudoTerminal.h"
 
 #include <unistd.h>
@@ -31,9 +32,12 @@ public:
     int ReleaseDescriptor() { return m_hPort.exchange(-1); }
 };
 
-/// Volumes of the stress tests: less where every step costs many times more.
-#if defined(__arm__) || defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr bool SLOW_GROUND = true;
+/// Whether every step costs many times more here, so that stress tests do with less.
+inline bool OnSlowGround()
+{
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+    return true;
 #else
-constexpr bool SLOW_GROUND = false;
+    return UnderEmulation();
 #endif
+}

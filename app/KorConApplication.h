@@ -1,0 +1,58 @@
+#pragma once
+
+/// @file
+/// The application class of daemons and console programs.
+
+#include "KorExport.h"
+#include "app/KorApplication.h"
+
+/// An application that ends cleanly on a signal.
+///
+/// | Signal    | Exit status |
+/// |-----------|-------------|
+/// | `SIGINT`  | 0           |
+/// | `SIGTERM` | 0           |
+/// | `SIGABRT` | 3           |
+///
+/// From the end of the constructor to the start of the destructor these signals call Finalize()
+/// from the signal handler, on whichever thread receives them, and then `exit` the process;
+/// Start() does not return and an application with automatic storage is not destroyed. A signal
+/// that arrives while Finalize() runs in the handler waits or is ignored. Finalize() must
+/// tolerate all that. It runs in the process that constructed the application only: a child that
+/// was forked leaves the handler and goes on.
+class TARVO_EXT_API CKorConApplication : public CKorBaseApplication
+{
+public:
+    /// As the base constructor; then records the process and installs the signal handlers.
+    CKorConApplication(const char* pszIniFile, const char* pszApplName, const char* pszLogFile);
+
+    /// Gives the signals their default actions.
+    ~CKorConApplication() override;
+
+    /// Returns true, as the base version.
+    bool Initialize() override;
+
+    /// Returns 1, as the base version.
+    int Finalize() override;
+
+    /// Installs StdSignalHandler() for the three signals.
+    virtual void InstallSignalHandlers();
+
+    /// Restores the default actions of the three signals.
+    virtual void RemoveSignalHandlers();
+
+    /// The signal handler: finalizes the application, when there is one, and exits. Returns
+    /// without effect for any other signal and in a forked child.
+    static void StdSignalHandler(int nSignal);
+
+    /// Calls Finalize() and makes GetApplication() null, so that no later signal does it again.
+    /// @return false, with nothing done, in another process than the one that constructed the
+    ///         application, and while a call is already under way
+    bool FinalizeFromSignalHandler();
+
+protected:
+    static int m_nPID; ///< the process that constructed the application last
+
+private:
+    static bool FinalizeOnce(CKorBaseApplication& oApplication);
+};

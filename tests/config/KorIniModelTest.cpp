@@ -1,0 +1,432 @@
+// Drives the INI engine and a naive model with the same random documents and edits. The model is a
+// plain list of lines, each rule of the format one or two lines of code over it.
+
+#include "config/KorIniFile.h"
+#include "config/KorOptionExchange.h"
+#include "tests/config/TestScale.h"
+#include "tests/support/ScratchDir.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace
+{
+
+using Texts = std::vector<std::string>;
+using namespace std::string_literals;
+
+/// A document as a list of lines.
+class Model
+{
+public:
+    explicit Model(bool bCaseSensitive) : m_bCaseSensitive(bCaseSensitive) {}
+
+    void Read(const std::string& strFile)
+    {
+        m_vecLines.clear();
+        std::string strSection;
+        std::string strLine;
+        for (const char c : strFile + "\n") {
+            if (c != '\n')
+                strLine += c;
+            else
+                Add(std::exchange(strLine, ""), strSection);
+        }
+    }
+
+    std::string Written() const
+    {
+        std::string strFile;
+        for (const Line& oLine : m_vecLines)
+            strFile += (oLine.nKind == HEADER ? "\n" : "") + Text(oLine) + "\n";
+        return strFile;
+    }
+
+    void Add(const std::string& strText, std::string& strSection)
+    {
+        Line oLine = Parse(strText);
+        if (oLine.nKind == BLANK)
+            return;
+        if (oLine.nKind == HEADER)
+            strSection = oLine.strSection;
+
+        std::string strSectionAbove;
+        for (const Line& oAbove : m_vecLines)
+            strSectionAbove = oAbove.strSection.empty() ? strSectionAbove : oAbove.strSection;
+        if (strSectionAbove.empty())
+            strSectionAbove = strSection;
+
+        oLine.strSection = strSection;
+        const Line oComment{OTHER, strSectionAbove, "", "", "## COMMENTED ## " + Text(oLine)};
+        const bool bSectionExists = Find(strSection) != m_vecLines.size();
+        const bool bRepeated = oLine.nKind == HEADER
+                                   ? bSectionExists
+                                   : Find(strSection, oLine.strName) != m_vecLines.size();
+        const bool bMoved =
+            oLine.nKind == OPTION && !bRepeated && bSectionExists && strSectionAbove != strSection;
+        if (bMoved)
+            Insert(Find(strSection) + 1, oLine);
+        const bool bCommented = oLine.nKind != OTHER && (bRepeated || bMoved);
+        m_vecLines.push_back(bCommented ? oComment : oLine);
+    }
+
+    void Set(const std::string& strSection, const std::string& strName, const std::string& strValue)
+    {
+        const size_t nLine = strName.empty() ? Find(strSection) : Find(strSection, strName);
+        if (nLine < m_vecLines.size()) {
+            m_vecLines[nLine].strValue = strValue;
+            return;
+        }
+        if (Find(strSection) == m_vecLines.size())
+            m_vecLines.push_back({HEADER, strSection, "", "", ""});
+        Insert(Find(strSection) + 1,
+               {strName.empty() ? OTHER : OPTION, strSection, strName, strValue, ""});
+    }
+
+    void Remove(const std::string& strSection, const std::string& strName)
+    {
+        const size_t nLine = strName.empty() ? Find(strSection) : Find(strSection, strName);
+        if (nLine < m_vecLines.size())
+            m_vecLines.erase(m_vecLines.begin() + static_cast<std::ptrdiff_t>(nLine));
+    }
+
+    std::string Value(const std::string& strSection, const std::string& strName) const
+    {
+        const size_t nLine = strName.empty() ? Find(strSection) : Find(strSection, strName);
+        return nLine < m_vecLines.size() ? m_vecLines[nLine].strValue : "none";
+    }
+
+    Texts Sections() const
+    {
+        Texts vecNames;
+        for (const Line& oLine : m_vecLines) {
+            if (!oLine.strSection.empty())
+                AddName(vecNames, oLine.strSection);
+        }
+        std::sort(vecNames.begin(), vecNames.end());
+        return vecNames;
+    }
+
+    Texts Options(const std::string& strSection) const
+    {
+        Texts vecNames;
+        for (const Line& oLine : m_vecLines) {
+            if (oLine.nKind == OPTION && Same(oLine.strSection, strSection))
+                AddName(vecNames, oLine.strName);
+        }
+        std::sort(vecNames.begin(), vecNames.end());
+        return vecNames;
+    }
+
+private:
+    enum EKind
+    {
+        BLANK,
+        HEADER,
+        OPTION,
+        OTHER
+    };
+
+    struct Line
+    {
+        EKind nKind;
+        std::string strSection;
+        std::string strName;
+        std::string strValue;
+        std::string strRest;
+    };
+
+    static bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+    static std::string Trimmed(std::string strText)
+    {
+        while (!strText.empty() && IsBlank(strText.front()))
+            strText.erase(0, 1);
+        while (!strText.empty() && IsBlank(strText.back()))
+            strText.pop_back();
+        return strText;
+    }
+
+    static Line Parse(const std::string& strText)
+    {
+        if (Trimmed(strText).empty())
+            return {BLANK, "", "", "", ""};
+        const std::string strKept = strText.substr(strText.find(Trimmed(strText)));
+        const size_t nHash = std::min(strKept.find('#'), strKept.size());
+        const std::string strHead = strKept.substr(0, nHash);
+        const std::string strTail = strKept.substr(nHash);
+        const size_t nSign = strHead.find('=');
+        if (!strHead.empty() && strHead[0] == '[')
+            return {HEADER, strHead.substr(1, strHead.find(']') - 1), "", "", strTail + " "};
+        if (nSign != std::string::npos && nSign != 0)
+            return {OPTION, "", Trimmed(strHead.substr(0, nSign)),
+                    Trimmed(strHead.substr(nSign + 1)), strTail};
+        return {OTHER, "", "", "", strKept};
+    }
+
+    static std::string Text(const Line& oLine)
+    {
+        switch (oLine.nKind) {
+        case HEADER:
+            return "[" + oLine.strSection + "] " + oLine.strRest;
+        case OPTION:
+            return oLine.strName + "=" + oLine.strValue + " " + oLine.strRest;
+        default:
+            return oLine.strRest;
+        }
+    }
+
+    bool Same(std::string strLeft, std::string strRight) const
+    {
+        const auto Lower = [](char c) {
+            return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+        };
+        if (!m_bCaseSensitive) {
+            std::transform(strLeft.begin(), strLeft.end(), strLeft.begin(), Lower);
+            std::transform(strRight.begin(), strRight.end(), strRight.begin(), Lower);
+        }
+        return strLeft == strRight;
+    }
+
+    void AddName(Texts& vecNames, const std::string& strName) const
+    {
+        for (const std::string& strKnown : vecNames) {
+            if (Same(strKnown, strName))
+                return;
+        }
+        vecNames.push_back(strName);
+    }
+
+    size_t Find(const std::string& strSection) const
+    {
+        size_t n = 0;
+        while (n < m_vecLines.size() && !Same(m_vecLines[n].strSection, strSection))
+            ++n;
+        return n;
+    }
+
+    size_t Find(const std::string& strSection, const std::string& strName) const
+    {
+        size_t n = 0;
+        while (n < m_vecLines.size() && !(Same(m_vecLines[n].strSection, strSection) &&
+                                          Same(m_vecLines[n].strName, strName)))
+            ++n;
+        return n;
+    }
+
+    void Insert(size_t nLine, const Line& oLine)
+    {
+        m_vecLines.insert(m_vecLines.begin() + static_cast<std::ptrdiff_t>(nLine), oLine);
+    }
+
+    const bool m_bCaseSensitive;
+    std::vector<Line> m_vecLines;
+};
+
+/// Random texts in which names meet often and every special character occurs.
+class Dice
+{
+public:
+    explicit Dice(unsigned nSeed) : m_oEngine(nSeed) {}
+
+    size_t Below(size_t nLimit) { return m_oEngine() % nLimit; }
+    std::string OneOf(const Texts& vecTexts) { return vecTexts[Below(vecTexts.size())]; }
+
+    std::string Name() { return OneOf({"a", "A", "b", "B", "c", "key word", "\xC4", "\xE4", ""}); }
+    std::string Value() { return OneOf({"", "1", "two words", "\"q\"", "x=y", "#", "[z]", " 5 "}); }
+
+    std::string Line()
+    {
+        switch (Below(8)) {
+        case 0:
+        case 1:
+            return Space() + "[" + Name() + OneOf({"]", "]", "]", "", " ]", "]junk"}) + Tail();
+        case 2:
+        case 3:
+        case 4:
+            return Space() + Name() + Space() + "=" + Space() + Value() + Tail();
+        case 5:
+            return Space() + "## COMMENTED ## " + Name() + "=" + Value();
+        case 6:
+            return Space();
+        default:
+            return Noise();
+        }
+    }
+
+    std::string File()
+    {
+        std::string strFile;
+        for (size_t n = Below(20); n > 0; --n)
+            strFile += Line() + "\n";
+        return strFile + (Below(2) == 0 ? Line() : "");
+    }
+
+private:
+    std::string Space() { return OneOf({"", "", "", " ", "\t", " \v\f"}); }
+    std::string Tail() { return OneOf({"", "", "", " ", "\r", "#c", " # c \r", " ;c"}); }
+
+    std::string Noise()
+    {
+        std::string strNoise;
+        for (size_t n = Below(8); n > 0; --n)
+            strNoise += OneOf({"a", "[", "]", "=", "#", " ", "\t", "\"", ";", "\0"s, "\xFF", "\r"});
+        return strNoise;
+    }
+
+    std::mt19937 m_oEngine;
+};
+
+struct Exchange : CKorIniOptionExchange
+{
+    using CKorIniOptionExchange::CKorIniOptionExchange;
+
+    std::string Value(const std::string& strSection, const std::string& strName)
+    {
+        std::string strValue = "none";
+        GetOptionString(strSection.c_str(), strName.c_str(), strValue);
+        return strValue;
+    }
+    Texts Sections()
+    {
+        Texts vecNames;
+        GetSections(vecNames);
+        return vecNames;
+    }
+    Texts Options(const std::string& strSection)
+    {
+        Texts vecNames;
+        GetOptions(strSection.c_str(), vecNames);
+        return vecNames;
+    }
+};
+
+unsigned Seed()
+{
+    const char* pszSeed = std::getenv("TARVO_TEST_SEED");
+    const unsigned nSeed = pszSeed != nullptr
+                               ? static_cast<unsigned>(std::strtoul(pszSeed, nullptr, 10))
+                               : std::random_device()();
+    std::printf("TARVO_TEST_SEED=%u\n", nSeed);
+    return nSeed;
+}
+
+/// The parameter is the case rule.
+class KorIniModel : public testing::TestWithParam<bool>
+{
+protected:
+    static constexpr int DOCUMENTS = 3000 / TEST_SCALE;
+    static constexpr int EDITS = 6;
+
+    KorIniModel()
+        : m_nSeed(Seed()),
+          m_oDice(m_nSeed),
+          m_oModel(GetParam()),
+          m_oFile(m_oDir.File("test.ini").c_str(), CKorIniFile::PATH_UNCHANGED)
+    {
+        m_oFile.SetCasesensitiv(GetParam());
+    }
+
+    /// The same random edit of both.
+    void Edit(Exchange& oExchange)
+    {
+        const std::string strSection = m_oDice.Name();
+        const std::string strName = m_oDice.Name();
+        std::string strCurrentSection = strSection;
+        std::string strModelSection = strSection;
+        const std::string strText = m_oDice.Value();
+        const std::string strLine = m_oDice.Line();
+        switch (m_oDice.Below(4)) {
+        case 0:
+            oExchange.RemoveOption(strSection.c_str(), strName.c_str());
+            m_oModel.Remove(strSection, strName);
+            break;
+        case 1:
+            oExchange.AddOptionLine(strLine, strCurrentSection);
+            m_oModel.Add(strLine, strModelSection);
+            EXPECT_EQ(strModelSection, strCurrentSection);
+            break;
+        default:
+            oExchange.SetOptionString(strSection.c_str(), strName.c_str(), strText.c_str());
+            m_oModel.Set(strSection, strName, strText);
+        }
+    }
+
+    void Compare(Exchange& oExchange)
+    {
+        const std::string strSection = m_oDice.Name();
+        const std::string strName = m_oDice.Name();
+        EXPECT_EQ(m_oModel.Value(strSection, strName), oExchange.Value(strSection, strName));
+        EXPECT_EQ(m_oModel.Sections(), oExchange.Sections());
+        EXPECT_EQ(m_oModel.Options(strSection), oExchange.Options(strSection));
+        RemoveFile();
+        oExchange.WriteIniOptions();
+        ASSERT_EQ(m_oModel.Written(), ReadFile(m_oFile.GetIniFileName()));
+    }
+
+    void Store(const std::string& strContent) const
+    {
+        RemoveFile();
+        WriteFile(m_oFile.GetIniFileName(), strContent);
+    }
+
+    /// Many file systems wait for the device when a file is truncated and closed; a new file
+    /// spares thousands of such waits.
+    void RemoveFile() const { std::remove(m_oFile.GetIniFileName().c_str()); }
+
+    const unsigned m_nSeed;
+    Dice m_oDice;
+    Model m_oModel;
+    ScratchDir m_oDir;
+    CKorIniFile m_oFile;
+};
+
+TEST_P(KorIniModel, AgreesWithTheEngineOnEveryEdit)
+{
+    for (int nDocument = 0; nDocument < DOCUMENTS; ++nDocument) {
+        const std::string strContent = m_oDice.File();
+        SCOPED_TRACE("TARVO_TEST_SEED=" + std::to_string(m_nSeed) + ", read:\n" + strContent);
+        Store(strContent);
+        m_oModel.Read(strContent);
+        Exchange oExchange(&m_oFile, false);
+        Compare(oExchange);
+        for (int nEdit = 0; nEdit < EDITS; ++nEdit) {
+            Edit(oExchange);
+            Compare(oExchange);
+        }
+        m_oModel.Read(m_oModel.Written());
+        oExchange.ReadIniOptions();
+        Compare(oExchange);
+        if (HasFailure())
+            return;
+    }
+}
+
+TEST_P(KorIniModel, AgreesWithTheEngineOnLinesAddedOneByOne)
+{
+    for (int nDocument = 0; nDocument < DOCUMENTS; ++nDocument) {
+        SCOPED_TRACE("TARVO_TEST_SEED=" + std::to_string(m_nSeed));
+        m_oModel.Read("");
+        Store("");
+        Exchange oExchange(&m_oFile, false);
+        std::string strEngineSection;
+        std::string strModelSection;
+        for (size_t n = m_oDice.Below(20); n > 0; --n) {
+            const std::string strLine = m_oDice.Line();
+            oExchange.AddOptionLine(strLine, strEngineSection);
+            m_oModel.Add(strLine, strModelSection);
+        }
+        Compare(oExchange);
+        if (HasFailure())
+            return;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(CaseRule, KorIniModel, testing::Bool(), [](const auto& oInfo) {
+    return oInfo.param ? "CaseMatters" : "CaseDoesNotMatter";
+});
+
+} // namespace

@@ -1,0 +1,213 @@
+#include "examples/modbus/ModbusRtuClient.h"
+#include "serial/KorSerial.h"
+#include "tests/support/ChildProcess.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using Values = std::vector<std::uint16_t>;
+
+constexpr int PATIENCE_MS = 60000;
+const ModbusRequest ALL_REGISTERS = {1, MODBUS_READ_INPUT_REGISTERS, 0, 6};
+
+std::vector<std::string> CommandLine(const std::vector<std::string>& vecOptions)
+{
+    std::vector<std::string> vecArgs = {METER_PROGRAM};
+    vecArgs.insert(vecArgs.end(), vecOptions.begin(), vecOptions.end());
+    return vecArgs;
+}
+
+/// A running meter and an open port on its line.
+class RunningMeter
+{
+public:
+    explicit RunningMeter(const std::vector<std::string>& vecOptions)
+        : m_oProcess(CommandLine(vecOptions))
+    {
+        EXPECT_TRUE(m_oProcess.WaitForOutput("\n"));
+        const std::string strOutput = m_oProcess.OutputSoFar();
+        m_strDevice = strOutput.substr(0, strOutput.find('\n'));
+        EXPECT_EQ(0,
+                  m_oPort.open(m_strDevice.c_str(), CKorSerial::BAUD_9600, CKorSerial::PARITY_EVEN,
+                               CKorSerial::STOPBITS_1, CKorSerial::BYTESIZE_8, nullptr));
+    }
+
+    /// What it printed behind the device's name, once it was told to end.
+    std::string End()
+    {
+        m_oProcess.Signal(SIGTERM);
+        return Summary();
+    }
+
+    /// The same, once it ended by itself.
+    std::string Summary()
+    {
+        const ChildResult& oResult = m_oProcess.Wait();
+        EXPECT_EQ(0, oResult.nExitStatus);
+        EXPECT_EQ("", oResult.strErr);
+        return oResult.strOut.substr(m_strDevice.size() + 1);
+    }
+
+    ChildProcess m_oProcess;
+    std::string m_strDevice;
+    CKorSerial m_oPort;
+};
+
+std::uint32_t Energy(const Values& vecValues)
+{
+    return std::uint32_t{vecValues[0]} << 16 | vecValues[1];
+}
+
+TEST(Meter, PrintsItsDeviceAndEndsCleanlyWithASummary)
+{
+    RunningMeter oMeter({});
+    EXPECT_EQ("/dev/pts/", oMeter.m_strDevice.substr(0, 9));
+    EXPECT_EQ("Served 0 requests, 0 of them disturbed.\n", oMeter.End());
+}
+
+TEST(Meter, EndsOnAnInterruptToo)
+{
+    RunningMeter oMeter({});
+    oMeter.m_oProcess.Signal(SIGINT);
+    EXPECT_EQ("Served 0 requests, 0 of them disturbed.\n", oMeter.Summary());
+}
+
+TEST(Meter, AnswersWithValuesThatFitTogether)
+{
+    RunningMeter oMeter({"-station", "17"});
+    ModbusRtuClient oClient(oMeter.m_oPort, PATIENCE_MS, 0);
+    std::uint32_t nLastEnergy = 0;
+    for (int nPoll = 0; nPoll < 25; ++nPoll) {
+        Values vecValues;
+        ASSERT_EQ(MODBUS_OK, oClient.Read({17, MODBUS_READ_INPUT_REGISTERS, 0, 6}, vecValues));
+        ASSERT_EQ(6U, vecValues.size());
+        EXPECT_GT(Energy(vecValues), nLastEnergy);
+        nLastEnergy = Energy(vecValues);
+        EXPECT_NEAR(2300, vecValues[2], 10);
+        EXPECT_EQ(std::uint32_t{vecValues[2]} * vecValues[3] / 1000, vecValues[4]);
+        EXPECT_NEAR(5000, vecValues[5], 5);
+    }
+    EXPECT_EQ("Served 25 requests, 0 of them disturbed.\n", oMeter.End());
+}
+
+TEST(Meter, ServesHoldingRegistersAndPartsToo)
+{
+    RunningMeter oMeter({});
+    ModbusRtuClient oClient(oMeter.m_oPort, PATIENCE_MS, 0);
+    Values vecValues;
+    EXPECT_EQ(MODBUS_OK, oClient.Read({1, MODBUS_READ_HOLDING_REGISTERS, 5, 1}, vecValues));
+    ASSERT_EQ(1U, vecValues.size());
+    EXPECT_NEAR(5000, vecValues[0], 5);
+}
+
+TEST(Meter, RefusesWhatItDoesNotHave)
+{
+    RunningMeter oMeter({});
+    ModbusRtuClient oClient(oMeter.m_oPort, PATIENCE_MS, 0);
+    Values vecValues;
+    EXPECT_EQ(MODBUS_EXCEPTION, oClient.Read({1, 4, 5, 2}, vecValues));
+    EXPECT_EQ(MODBUS_ILLEGAL_ADDRESS, oClient.LastException());
+    EXPECT_EQ(MODBUS_EXCEPTION, oClient.Read({1, 4, 0, 0}, vecValues));
+    EXPECT_EQ(MODBUS_ILLEGAL_VALUE, oClient.LastException());
+    EXPECT_EQ(MODBUS_EXCEPTION, oClient.Read({1, 6, 0, 1}, vecValues));
+    EXPECT_EQ(MODBUS_ILLEGAL_FUNCTION, oClient.LastException());
+    EXPECT_EQ(3U, oClient.Counters().nExceptions);
+}
+
+TEST(Meter, LeavesTheRequestsOfOtherStationsAlone)
+{
+    RunningMeter oMeter({"-station", "2"});
+    ModbusRtuClient oClient(oMeter.m_oPort, 100, 0);
+    Values vecValues;
+    EXPECT_EQ(MODBUS_TIMEOUT, oClient.Read(ALL_REGISTERS, vecValues));
+    EXPECT_EQ("Served 0 requests, 0 of them disturbed.\n", oMeter.End());
+}
+
+TEST(Meter, DropsPiecesOfTelegrams)
+{
+    RunningMeter oMeter({});
+    EXPECT_EQ(0, oMeter.m_oPort.DataReq("noise", 5, 0));
+    ModbusRtuClient oClient(oMeter.m_oPort, 500, 20);
+    Values vecValues;
+    EXPECT_EQ(MODBUS_OK, oClient.Read(ALL_REGISTERS, vecValues));
+}
+
+TEST(Meter, AnswersLate)
+{
+    RunningMeter oMeter({"-late", "1000", "-every", "2"});
+    ModbusRtuClient oClient(oMeter.m_oPort, 100, 100);
+    Values vecValues;
+    EXPECT_EQ(MODBUS_OK, oClient.Read(ALL_REGISTERS, vecValues));
+    EXPECT_EQ(MODBUS_OK, oClient.Read(ALL_REGISTERS, vecValues));
+    EXPECT_GE(oClient.Counters().nTimeouts, 1U);
+}
+
+TEST(Meter, AnswersWithAWrongCrc)
+{
+    RunningMeter oMeter({"-badcrc", "-every", "3"});
+    ModbusRtuClient oClient(oMeter.m_oPort, PATIENCE_MS, 1);
+    Values vecValues;
+    for (int nPoll = 0; nPoll < 4; ++nPoll)
+        EXPECT_EQ(MODBUS_OK, oClient.Read(ALL_REGISTERS, vecValues));
+    EXPECT_EQ(1U, oClient.Counters().nCrcErrors);
+    EXPECT_EQ(1U, oClient.Counters().nRetries);
+    EXPECT_EQ("Served 5 requests, 1 of them disturbed.\n", oMeter.End());
+}
+
+TEST(Meter, StaysSilent)
+{
+    RunningMeter oMeter({"-silent"});
+    ModbusRtuClient oClient(oMeter.m_oPort, 1000, 1);
+    Values vecValues;
+    EXPECT_EQ(MODBUS_TIMEOUT, oClient.Read(ALL_REGISTERS, vecValues));
+    EXPECT_EQ(2U, oClient.Counters().nTimeouts);
+    EXPECT_EQ("Served 2 requests, 2 of them disturbed.\n", oMeter.End());
+}
+
+TEST(Meter, HangsUp)
+{
+    RunningMeter oMeter({"-hangup", "-every", "2"});
+    ModbusRtuClient oClient(oMeter.m_oPort, 500, 0);
+    Values vecValues;
+    EXPECT_EQ(MODBUS_OK,
+              ModbusRtuClient(oMeter.m_oPort, PATIENCE_MS, 0).Read(ALL_REGISTERS, vecValues));
+    EXPECT_NE(MODBUS_OK, oClient.Read(ALL_REGISTERS, vecValues));
+    EXPECT_EQ("Served 2 requests, 1 of them disturbed.\n", oMeter.Summary());
+    EXPECT_EQ(MODBUS_SEND_ERROR, oClient.Read(ALL_REGISTERS, vecValues));
+    EXPECT_EQ(0, oMeter.m_oPort.close());
+}
+
+TEST(Meter, EndsAfterTheNumberOfRequestsAskedFor)
+{
+    RunningMeter oMeter({"-count", "2"});
+    ModbusRtuClient oClient(oMeter.m_oPort, PATIENCE_MS, 0);
+    Values vecValues;
+    EXPECT_EQ(MODBUS_OK, oClient.Read(ALL_REGISTERS, vecValues));
+    EXPECT_EQ(MODBUS_OK, oClient.Read(ALL_REGISTERS, vecValues));
+    EXPECT_EQ("Served 2 requests, 0 of them disturbed.\n", oMeter.Summary());
+}
+
+TEST(Meter, ExplainsItself)
+{
+    const ChildResult oHelp = RunProgram(CommandLine({"-help"}));
+    EXPECT_EQ(0, oHelp.nExitStatus);
+    EXPECT_NE(std::string::npos, oHelp.strOut.find("-station N"));
+
+    const std::vector<std::vector<std::string>> vecWrong = {
+        {"-station", "0"}, {"-station", "248"}, {"-every", "0"}, {"-late", "x"},
+        {"-late"},         {"-unknown"},        {"leftover"}};
+    for (const std::vector<std::string>& vecOptions : vecWrong) {
+        const ChildResult oRefused = RunProgram(CommandLine(vecOptions));
+        EXPECT_EQ(1, oRefused.nExitStatus) << vecOptions[0];
+        EXPECT_EQ("", oRefused.strOut);
+        EXPECT_EQ(oHelp.strOut, oRefused.strErr);
+    }
+}
+
+} // namespace
