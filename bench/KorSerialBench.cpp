@@ -95,7 +95,7 @@ private:
 void IdlePort(benchmark::State& oState)
 {
     const PortOnALine oLine;
-    for (auto oStep : oState) {
+    for ([[maybe_unused]] auto oStep : oState) {
         const CoreShare oShare;
         CKorThread::Sleep(SECONDS, 0);
         oState.counters["percent_of_core"] = oShare.Percent();
@@ -111,7 +111,7 @@ void ReceivingPort(benchmark::State& oState)
     if (nSender == 0)
         SendAtLineSpeed(oLine.m_nFarEnd, oState.range(0));
     std::size_t nReceived = 0;
-    for (auto oStep : oState) {
+    for ([[maybe_unused]] auto oStep : oState) {
         const CoreShare oShare;
         for (unsigned int nPoll = 0; nPoll < SECONDS * 40; ++nPoll) {
             CKorThread::Sleep(0, 25);
@@ -136,7 +136,7 @@ BENCHMARK(ReceivingPort)
 void BufferAddChar(benchmark::State& oState)
 {
     CKorMutexBuffer oBuffer;
-    for (auto oStep : oState) {
+    for ([[maybe_unused]] auto oStep : oState) {
         oBuffer.AddChar('x');
         if (oBuffer.GetLength() >= 4096)
             oBuffer.ClearBuffer();
@@ -159,7 +159,7 @@ void BufferTakeLine(benchmark::State& oState)
 {
     CKorMutexBuffer oBuffer;
     oBuffer.AddString(Lines(static_cast<std::size_t>(oState.range(0))));
-    for (auto oStep : oState) {
+    for ([[maybe_unused]] auto oStep : oState) {
         benchmark::DoNotOptimize(oBuffer.RemoveString("\r\n"));
         oBuffer.AddString(LINE);
     }
@@ -170,7 +170,7 @@ BENCHMARK(BufferTakeLine)->ArgName("held")->Arg(32)->Arg(4096)->Arg(65536)->Arg(
 void StringTakeLine(benchmark::State& oState)
 {
     std::string strBuffer = Lines(static_cast<std::size_t>(oState.range(0)));
-    for (auto oStep : oState) {
+    for ([[maybe_unused]] auto oStep : oState) {
         const std::size_t nLength = strBuffer.find("\r\n") + 2;
         benchmark::DoNotOptimize(strBuffer.substr(0, nLength));
         strBuffer = strBuffer.substr(nLength);
@@ -184,7 +184,7 @@ void BufferDrain(benchmark::State& oState)
 {
     const std::string strLines = Lines(static_cast<std::size_t>(oState.range(0)));
     CKorMutexBuffer oBuffer;
-    for (auto oStep : oState) {
+    for ([[maybe_unused]] auto oStep : oState) {
         oBuffer.AddString(strLines);
         while (!oBuffer.RemoveString("\r\n").empty()) {
         }

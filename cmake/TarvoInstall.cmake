@@ -10,10 +10,10 @@ if(TARVO_BASE STREQUAL "build")
     FILE_SET HEADERS DESTINATION ${tarvo_include_dir})
 else()
   install(FILES cmake/FindTarvoBase.cmake DESTINATION ${tarvo_package_dir})
-  # For the pkg-config file: where the board's base library is.
-  cmake_path(GET TARVO_BASE_LIBRARY PARENT_PATH tarvo_base_dir)
-  set(tarvo_base_cflags -I${TARVO_BASE_INCLUDE_DIR})
-  set(tarvo_base_libs -L${tarvo_base_dir})
+  # For the pkg-config file: where the board's base library is, as the board's root sees it.
+  cmake_path(GET TARVO_BASE_LIBRARY PARENT_PATH tarvo_base_libs)
+  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "-L/" tarvo_base_libs ${tarvo_base_libs})
+  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "-I/" tarvo_base_cflags ${TARVO_BASE_INCLUDE_DIR})
 endif()
 install(TARGETS TarvoExt EXPORT TarvoExtTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}

@@ -87,7 +87,8 @@ public:
     /// @return always true
     virtual bool SetLength(unsigned long long nLength);
 
-    /// The file's size, found by moving to its end and back.
+    /// The file's size, found by moving to its end and back. From a position beyond 2^31 - 1 there
+    /// is no way back: the file is left at its end.
     /// @return the size in bytes; 0 without a descriptor, -1 on failure or beyond 2^31 - 1
     virtual long long GetLength() const;
 

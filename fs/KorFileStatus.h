@@ -18,6 +18,7 @@ class TARVO_EXT_API CKorFileStatus
 public:
     /// No file: default times, which are not valid, no name, size and attributes 0.
     CKorFileStatus();
+    /// Copies the record.
     CKorFileStatus(const CKorFileStatus&) = default;
     /// Copies the record.
     CKorFileStatus& operator=(const CKorFileStatus&) = default;

@@ -8,7 +8,7 @@ namespace
 
 constexpr char SEPARATORS[] = "/\\";
 
-/// Fails for a null path with the text that callers compare.
+/// Fails for a null path, with the text that callers compare.
 void RequirePath(const char* pszPath)
 {
     if (pszPath == nullptr)

@@ -24,6 +24,12 @@ CKorLocalTime::CKorLocalTime(long long nMilliSeconds, int nTimeZone) : m_nTimeZo
     CKorLocalTime::SetLocaltime(nMilliSeconds);
 }
 
+CKorLocalTime::CKorLocalTime(const std::string& strText, ETimeFormat eFormat, int nTimeZone)
+    : CKorUTCTime(strText, eFormat), m_nTimeZone(nTimeZone)
+{
+    m_oTime -= CKorTimeDiff(0, nTimeZone, 0, 0, 0, 0, 0);
+}
+
 CKorLocalTime::CKorLocalTime(unsigned nDay, unsigned nMonth, unsigned nYear, unsigned nHour,
                              unsigned nMinute, unsigned nSecond, unsigned nMilliSecond,
                              unsigned nMicroSecond, unsigned nNanoSecond, int nTimeZone)

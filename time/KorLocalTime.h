@@ -13,8 +13,8 @@
 /// Stored is the UTC instant; what calendar queries and comparisons see is the local clock: UTC
 /// plus the zone.
 ///
-/// Beware of the base class: AddTime(), SubTime(), CutOffParts(), SetDate() and the base's
-/// operator+=() and operator-=() read the local clock and store the result as UTC, so each call
+/// Beware of the base class: AddTime(), SubTime(), CutOffParts(), SetDate(), reading from a stream
+/// and the base's operator+=() and operator-=() store a local clock reading as UTC, so each call
 /// moves the time by its zone. The operators of this class do not.
 ///
 ///     CKorLocalTime oTime(5, 3, 2024, 10, 0, 0, 0, 2); // 10:00 on a clock two hours ahead
@@ -29,6 +29,9 @@ public:
     /// The local time @p nMilliSeconds milliseconds after the first of January of year 0. Its
     /// valid flag is *false*.
     CKorLocalTime(long long nMilliSeconds, int nTimeZone);
+
+    /// A local time read from a text as by CKorUTCTime::SetDate(), valid as that does it.
+    CKorLocalTime(const std::string& strText, ETimeFormat eFormat, int nTimeZone);
 
     /// A time of local parts, clamped and valid as CKorUTCTime::SetDate() does it.
     CKorLocalTime(unsigned nDay, unsigned nMonth, unsigned nYear, unsigned nHour, unsigned nMinute,

@@ -5,7 +5,10 @@
 
 #include "KorExport.h"
 
+#include <atomic>
 #include <cstdint>
+#include <iosfwd>
+#include <string>
 #include <sys/time.h>
 
 /// A span of time: a signed 64-bit count of ticks of 10 ns.
@@ -30,6 +33,22 @@ public:
         eDiffHours = 1,   ///< whole hours
         eDiffMinutes = 2, ///< whole minutes
         eDiffSeconds = 3  ///< whole seconds
+    };
+
+    /// Text formats. H stands for all hours of the span, D for its days; mm, ss, mmm, uuu and nnn
+    /// are minutes, seconds, milli-, micro- and nanoseconds in 2 or 3 digits. A negative span is
+    /// written with "-" in front; H and D are then those of the unsigned tick count and very
+    /// large, and the text does not read back.
+    enum EDiffFormat : int
+    {
+        eDiffMilliSeconds = 0, ///< total milliseconds, `3723500`
+        eDiffHhMm = 1,         ///< H:mm, `1:02`
+        eDiffHhMmSs = 2,       ///< H:mm:ss, `1:02:03`
+        eDiffHhMmSsMs = 3,     ///< H:mm:ss.mmm, `1:02:03.500`
+        eDiffHhMmSsMsUs = 4,   ///< H:mm:ss.mmm.uuu, `1:02:03.500.000`; for writing only
+        eDiffHhMmSsMsUsNs = 5, ///< H:mm:ss.mmm.uuu.nnn; for writing only
+        eDiffDaysHhMmSs = 6,   ///< D#hh:mm:ss with hh all hours of the span, `1#26:00:00`
+        eDiffMicroSeconds = 7  ///< total microseconds, `3723500000`
     };
 
     /// The empty span.
@@ -129,8 +148,35 @@ public:
     /// @param ePart  the unit; a value that is no enumerator leaves the span as it is
     void CutOffParts(ETimeDiffPart ePart);
 
+    /// Sets the format in which a stream writes and reads spans from now on; #eDiffMilliSeconds
+    /// holds for a stream that was never given one.
+    /// @return the stream
+    static std::ios_base& SetDiffTimeFlag(std::ios_base& oStream, EDiffFormat eFormat);
+
+    /// Writes the span in the stream's format, each field as the stream's own operator writes an
+    /// unsigned number. The fill character of the stream is '0' after a format with fields of
+    /// fixed width. An unknown format writes `Fehler `.
+    /// @return the stream
+    std::ostream& PutStream(std::ostream& oStream) const;
+
+    /// Reads the span in the stream's format: totals like any integer; the other formats without
+    /// white space and sign, hours of at most 2 digits and days of at most 4. A missing separator
+    /// sets the stream's fail bit; a missing field reads as 0. Formats that are for writing only,
+    /// and unknown ones, read nothing and give the empty span.
+    /// @return the stream
+    std::istream& GetStream(std::istream& oStream);
+
+    /// Replaces @p strText by the number of ticks of 10 ns.
+    void Time2Str(std::string& strText) const;
+
+    /// The span as text: what PutStream() writes to a new string stream.
+    friend TARVO_EXT_API std::string KorToString(const CKorTimeDiff& oSpan, EDiffFormat eFormat);
+
 protected:
     friend class CKorUTCTime; // keeps its instant as a span and reads the ticks
+
+    /// Index of the streams' format words, -1 until the first SetDiffTimeFlag().
+    static std::atomic<int> m_nTimeDiffFlagIdx;
 
     /// The span in ticks of 10 ns. Mutable for the const assignment.
     mutable std::int64_t m_nValue;
@@ -144,3 +190,22 @@ TARVO_EXT_API bool operator!=(const CKorTimeDiff& oLeft, const CKorTimeDiff& oRi
 
 /// The span @p nFactor times.
 TARVO_EXT_API CKorTimeDiff operator*(unsigned long long nFactor, const CKorTimeDiff& oSpan);
+
+/// Writes a span in the stream's format.
+/// @return the stream
+TARVO_EXT_API std::ostream& operator<<(std::ostream& oStream, const CKorTimeDiff& oSpan);
+
+/// Reads a span in the stream's format.
+/// @return the stream
+TARVO_EXT_API std::istream& operator>>(std::istream& oStream, CKorTimeDiff& oSpan);
+
+/// The span as text: what PutStream() writes to a new string stream.
+TARVO_EXT_API std::string KorToString(const CKorTimeDiff& oSpan, CKorTimeDiff::EDiffFormat eFormat);
+
+/// Reads a span from a text; what follows the span in the text is ignored.
+/// @param[out] oSpan  receives what could be read, also when the result is false
+/// @param eFormat     the text's format
+/// @param strText     the text
+/// @return false when a separator or the number of a total is missing
+TARVO_EXT_API bool KorFromString(CKorTimeDiff& oSpan, CKorTimeDiff::EDiffFormat eFormat,
+                                 const std::string& strText);

@@ -6,6 +6,11 @@
 #include "KorExport.h"
 #include "time/KorTimeDiff.h"
 
+#include <atomic>
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+
 /// An instant with its calendar date and clock time in UTC.
 ///
 /// The instant is a count of ticks of 10 ns since the first of January of year 0, on the
@@ -52,6 +57,49 @@ public:
         eMonday = 6     ///< Monday
     };
 
+    /// Text formats. Every field is filled with zeros to its width: DD day, MM month, YYYY year,
+    /// YY year of the century, hh hour, mm minute, ss second, mmm, uuu and nnn milli-, micro- and
+    /// nanoseconds.
+    enum ETimeFormat : int
+    {
+        eDateTimeMs = 0,     ///< DD.MM.YYYY hh:mm:ss.mmm, `05.03.2024 14:07:09.250`
+        eDateTime = 1,       ///< DD.MM.YYYY hh:mm:ss, `05.03.2024 14:07:09`
+        eDate = 2,           ///< DD.MM.YYYY, `05.03.2024`
+        eDateTimeUs = 3,     ///< DD.MM.YYYY hh:mm:ss.mmm.uuu, `05.03.2024 14:07:09.250.125`
+        eDateTimeNs = 4,     ///< DD.MM.YYYY hh:mm:ss.mmm.uuu.nnn, `05.03.2024 14:07:09.250.125.990`
+        eTime = 5,           ///< hh:mm:ss, `14:07:09`
+        eUsDateTime = 6,     ///< MM/DD/YYYY hh:mm:ss, `03/05/2024 14:07:09`
+        eUsDate = 7,         ///< MM/DD/YYYY and one space, `03/05/2024 `
+        eIsoDate = 8,        ///< YYYY-MM-DD and one space, `2024-03-05 `
+        eTimeMs = 9,         ///< hh:mm:ss.mmm, `14:07:09.250`
+        eIsoDateTimeMs = 10, ///< YYYY-MM-DD hh:mm:ss.mmm, `2024-03-05 14:07:09.250`
+        eMailFormat = 11     ///< written by MailFormat(), `5 Mar 24 14:07 +0100`; reads DD MM YY
+                             ///< hh:mm:ss, where a YY below 46 is in this century
+    };
+
+    /// The elements that formats are made of. A field is written with a fixed width and read with
+    /// at most as many digits.
+    enum ETimeElement : int
+    {
+        eElemDay = 0,     ///< day, 2 digits
+        eElemMonth = 1,   ///< month, 2 digits
+        eElemYear = 2,    ///< year, 4 digits
+        eElemYear2 = 3,   ///< year of the century, 2 digits; reads as 1946 to 2045
+        eElemHour = 4,    ///< hour, 2 digits
+        eElemMinute = 5,  ///< minute, 2 digits
+        eElemSecond = 6,  ///< second, 2 digits
+        eElemMilli = 7,   ///< millisecond, 3 digits
+        eElemMicro = 8,   ///< microsecond, 3 digits
+        eElemNano = 9,    ///< nanosecond, 3 digits
+        eElemDot = 10,    ///< "."
+        eElemSlash = 11,  ///< "/"
+        eElemColon = 12,  ///< ":"
+        eElemAnySep = 13, ///< writes nothing, reads any one character but a digit
+        eElemSpace = 14,  ///< writes one space, reads any white space
+        eElemNone = 15,   ///< nothing
+        eElemDash = 16    ///< "-"
+    };
+
     /// The first of January of year 0, 00:00, not valid. Does not read the clock.
     CKorUTCTime();
 
@@ -63,6 +111,9 @@ public:
                 unsigned nSecond, unsigned nMilliSecond, unsigned nMicroSecond,
                 unsigned nNanoSecond);
 
+    /// A time read from a text as by SetDate().
+    CKorUTCTime(const std::string& strText, ETimeFormat eFormat);
+
     /// Copies the instant and the valid flag.
     CKorUTCTime(const CKorUTCTime& oOther) = default;
     /// Copies the instant and the valid flag.
@@ -70,6 +121,21 @@ public:
 
     /// Destroys the time.
     virtual ~CKorUTCTime();
+
+    /// Reads the time in the stream's format. Leading white space is skipped; fields may be
+    /// shorter than their width and separators missing, and what the format or the text lacks is
+    /// 0, so that a time without a date comes out as an invalid one of year 0. Whether the text
+    /// made sense shows in IsTimeValid(). Reading on after the end of the input fails the stream:
+    /// its fail bit alone is set then, and the time is not valid. An unknown format reads nothing
+    /// and leaves the time as it is.
+    /// @return the stream
+    virtual std::istream& GetStream(std::istream& oStream);
+
+    /// Writes the time in the stream's format, each field as the stream's own operator writes an
+    /// int with the field's width and the fill character '0', which the stream keeps. An unknown
+    /// format writes nothing.
+    /// @return the stream
+    virtual std::ostream& PutStream(std::ostream& oStream) const;
 
     /// Milliseconds since year 0 on the clock of this class: cut to whole ones, unsigned division.
     virtual long long GetLocaltime() const;
@@ -153,6 +219,10 @@ public:
                  unsigned nSecond, unsigned nMilliSecond, unsigned nMicroSecond,
                  unsigned nNanoSecond);
 
+    /// Sets the time to what GetStream() reads from the text in this format; whether that made
+    /// sense shows in IsTimeValid(). A text that ends before its format does gives an invalid time.
+    void SetDate(const std::string& strText, ETimeFormat eFormat);
+
     /// Moves the time forward by the sum of the parts, which may exceed their units. The time
     /// becomes invalid when it does not grow: by an overflow, or because all parts are 0.
     void AddTime(unsigned nDays, unsigned nHours, unsigned nMinutes, unsigned nSeconds,
@@ -196,7 +266,25 @@ public:
     /// meaningless for an earlier time.
     timeval GetTimeval() const;
 
+    /// Sets the format in which a stream writes and reads times from now on; #eDateTimeMs holds
+    /// for a stream that was never given one.
+    /// @return the stream
+    static std::ios_base& SetTimeFlag(std::ios_base& oStream, ETimeFormat eFormat);
+
+    /// Writes the form of mail headers, such as `1 Jan 24 09:05 +0100`, and flushes the stream.
+    /// The zone is always "+0100".
+    /// @return the stream
+    std::ostream& MailFormat(std::ostream& oStream) const;
+
+    /// The time as text: what operator<<() writes to a new string stream in this format.
+    std::string Time2Str(ETimeFormat eFormat) const;
+
 protected:
+    /// Index of the streams' format words, -1 until the first SetTimeFlag().
+    static std::atomic<int> m_nFormatIdx;
+    /// The elements of each format, indexed by #ETimeFormat.
+    static const std::int32_t m_aoFormatTable[12][17];
+
     CKorTimeDiff m_oTime; ///< The instant: the span since the first of January of year 0.
     bool m_bValid;        ///< What IsTimeValid() reports.
 };
@@ -204,3 +292,20 @@ protected:
 /// The span from @p oRight to @p oLeft, which must not be the earlier one: the span is then large
 /// and meaningless, not negative.
 TARVO_EXT_API CKorTimeDiff operator-(const CKorUTCTime& oLeft, const CKorUTCTime& oRight);
+
+/// Writes a time in the stream's format.
+/// @return the stream
+TARVO_EXT_API std::ostream& operator<<(std::ostream& oStream, const CKorUTCTime& oTime);
+
+/// Reads a time in the stream's format.
+/// @return the stream
+TARVO_EXT_API std::istream& operator>>(std::istream& oStream, CKorUTCTime& oTime);
+
+/// The time as text: the same as CKorUTCTime::Time2Str().
+TARVO_EXT_API std::string KorToString(const CKorUTCTime& oTime, CKorUTCTime::ETimeFormat eFormat);
+
+/// Reads a time from a text. Unlike CKorUTCTime::SetDate(), it takes the fields behind the end of
+/// the text as 0.
+/// @return always true: whether the text made sense shows in CKorUTCTime::IsTimeValid()
+TARVO_EXT_API bool KorFromString(CKorUTCTime& oTime, CKorUTCTime::ETimeFormat eFormat,
+                                 const std::string& strText);

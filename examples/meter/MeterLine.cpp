@@ -1,8 +1,8 @@
 #include "examples/meter/MeterLine.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <stdlib.h>
 #include <termios.h>
 #include <unistd.h>
@@ -10,7 +10,7 @@
 namespace
 {
 
-constexpr long PAUSE_NS = 50000000;
+constexpr int PAUSE_MS = 50;
 
 void CloseDescriptor(int& nDescriptor)
 {
@@ -51,15 +51,12 @@ bool MeterLine::Open()
 
 bool MeterLine::Receive(std::size_t nLength, std::string& strTelegram)
 {
-    // Signals that the program blocks otherwise may come in while it waits here.
-    sigset_t oNoSignals;
-    sigemptyset(&oNoSignals);
-    const timespec oPause = {0, PAUSE_NS};
-
     strTelegram.clear();
     while (strTelegram.size() < nLength) {
         pollfd oFarEnd = {m_nFarEnd, POLLIN, 0};
-        const int nReady = ppoll(&oFarEnd, 1, strTelegram.empty() ? nullptr : &oPause, &oNoSignals);
+        const int nReady = poll(&oFarEnd, 1, strTelegram.empty() ? -1 : PAUSE_MS);
+        if (nReady == -1 && errno == EINTR)
+            continue;
         if (nReady == -1)
             return false;
         if (nReady == 0) {

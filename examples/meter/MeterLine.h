@@ -21,11 +21,11 @@ public:
     /// Name of the device for the other side to open.
     const std::string& DeviceName() const { return m_strDeviceName; }
 
-    /// Receives a telegram of @p nLength bytes. What comes in pieces with longer pauses between
-    /// them is no telegram and is dropped.
+    /// Receives a telegram of @p nLength bytes from the open line. What comes in pieces with longer
+    /// pauses between them is no telegram and is dropped.
     /// @param nLength           how many bytes
     /// @param[out] strTelegram  the telegram
-    /// @return false when a signal ended the wait, or the line is closed
+    /// @return false when the line fails
     bool Receive(std::size_t nLength, std::string& strTelegram);
 
     /// Sends a telegram. Returns false when the line does not take it.

@@ -1,15 +1,15 @@
 /// @file
 /// A simulated Modbus RTU meter on a pseudo-terminal of its own.
 
+#include "app/KorConApplication.h"
 #include "base/KorThread.h"
-#include "config/KorCmdLine.h"
-#include "config/KorCmdLineExchange.h"
 #include "examples/meter/Meter.h"
 #include "examples/meter/MeterLine.h"
 
 #include <cstdlib>
 #include <iostream>
-#include <signal.h>
+#include <optional>
+#include <string>
 
 namespace
 {
@@ -32,13 +32,12 @@ usage: meter.bin [OPTION...]
 /// What the other side has not read when the line closes is lost.
 constexpr unsigned int TIME_FOR_LAST_ANSWER_MS = 100;
 
-/// What the command line says.
-class MeterOptions : public CKorCmdLine
+class MeterApplication : public CKorConApplication
 {
 public:
-    using CKorCmdLine::DoOptionExchange;
+    MeterApplication() : CKorConApplication(nullptr, nullptr, nullptr) {}
 
-    void DoOptionExchange(CKorCmdLineExchange* pExchange) override
+    void DoCmdLineExchange(CKorCmdLineApplExchange* pExchange) override
     {
         Flag(*pExchange, "help", m_bHelp);
         Flag(*pExchange, "badcrc", m_oDisturbance.bBadCrc);
@@ -51,18 +50,56 @@ public:
         CheckLeftOver(*pExchange);
     }
 
-    bool AreUsable() const
+    bool Initialize() override
     {
-        return m_bUsable && m_nStation >= 1 && m_nStation <= 247 && m_oDisturbance.nEvery >= 1;
+        const bool bUsable =
+            m_bUsable && m_nStation >= 1 && m_nStation <= 247 && m_oDisturbance.nEvery >= 1;
+        if (!m_bHelp && bUsable)
+            return true;
+        (m_bHelp ? std::cout : std::cerr) << HELP;
+        m_nExitStatus = m_bHelp ? EXIT_SUCCESS : EXIT_FAILURE;
+        return false;
     }
 
-    bool m_bHelp = false;
-    unsigned int m_nStation = 1;
-    unsigned int m_nCount = 0;
-    MeterDisturbance m_oDisturbance;
+    void Run() override
+    {
+        MeterLine oLine;
+        if (!oLine.IsOpen()) {
+            std::cerr << "cannot open a pseudo-terminal\n";
+            m_nExitStatus = EXIT_FAILURE;
+            return;
+        }
+        m_oMeter.emplace(static_cast<std::uint8_t>(m_nStation), m_oDisturbance);
+        std::cout << oLine.DeviceName() << std::endl;
+        Serve(oLine);
+        CKorThread::Sleep(0, TIME_FOR_LAST_ANSWER_MS);
+    }
+
+    // Also called from the signal handler, in the middle of anything.
+    int Finalize() override
+    {
+        if (m_oMeter)
+            std::cout << "Served " << m_oMeter->Requests() << " requests, " << m_oMeter->Disturbed()
+                      << " of them disturbed." << std::endl;
+        return m_nExitStatus;
+    }
 
 private:
-    void Flag(CKorCmdLineExchange& oExchange, const char* pszName, bool& bFlag)
+    void Serve(MeterLine& oLine)
+    {
+        std::string strRequest;
+        while (oLine.IsOpen() && (m_nCount == 0 || m_oMeter->Requests() < m_nCount) &&
+               oLine.Receive(MODBUS_REQUEST_LENGTH, strRequest)) {
+            const MeterAnswer oAnswer = m_oMeter->Answer(strRequest);
+            CKorThread::Sleep(0, oAnswer.nDelayMs);
+            if (oAnswer.bHangUp)
+                oLine.HangUp();
+            else
+                oLine.Send(oAnswer.strTelegram);
+        }
+    }
+
+    static void Flag(CKorCmdLineExchange& oExchange, const char* pszName, bool& bFlag)
     {
         std::string strValue;
         oExchange.AddParamDescription(pszName, false);
@@ -90,68 +127,19 @@ private:
             m_bUsable = false;
     }
 
+    bool m_bHelp = false;
     bool m_bUsable = true;
+    unsigned int m_nStation = 1;
+    unsigned int m_nCount = 0;
+    MeterDisturbance m_oDisturbance;
+    std::optional<Meter> m_oMeter;
+    int m_nExitStatus = EXIT_SUCCESS;
 };
-
-volatile sig_atomic_t nEndRequested = 0;
-
-void RequestEnd(int)
-{
-    nEndRequested = 1;
-}
-
-/// Lets the signals that end the program come in only while it waits for a request.
-void CatchEndSignals()
-{
-    sigset_t oSignals;
-    sigemptyset(&oSignals);
-    struct sigaction oAction = {};
-    oAction.sa_handler = RequestEnd;
-    for (const int nSignal : {SIGINT, SIGTERM}) {
-        sigaddset(&oSignals, nSignal);
-        sigaction(nSignal, &oAction, nullptr);
-    }
-    sigprocmask(SIG_BLOCK, &oSignals, nullptr);
-}
-
-void Serve(MeterLine& oLine, Meter& oMeter, unsigned int nCount)
-{
-    std::string strRequest;
-    while (nEndRequested == 0 && (nCount == 0 || oMeter.Requests() < nCount) &&
-           oLine.Receive(MODBUS_REQUEST_LENGTH, strRequest)) {
-        const MeterAnswer oAnswer = oMeter.Answer(strRequest);
-        CKorThread::Sleep(0, oAnswer.nDelayMs);
-        if (oAnswer.bHangUp) {
-            oLine.HangUp();
-            return;
-        }
-        oLine.Send(oAnswer.strTelegram);
-    }
-}
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    MeterOptions oOptions;
-    oOptions.Initialize(argc, argv);
-    oOptions.UpdateOptions(false);
-    if (oOptions.m_bHelp || !oOptions.AreUsable()) {
-        (oOptions.m_bHelp ? std::cout : std::cerr) << HELP;
-        return oOptions.m_bHelp ? EXIT_SUCCESS : EXIT_FAILURE;
-    }
-
-    CatchEndSignals();
-    MeterLine oLine;
-    if (!oLine.IsOpen()) {
-        std::cerr << "cannot open a pseudo-terminal\n";
-        return EXIT_FAILURE;
-    }
-    std::cout << oLine.DeviceName() << std::endl;
-    Meter oMeter(static_cast<std::uint8_t>(oOptions.m_nStation), oOptions.m_oDisturbance);
-    Serve(oLine, oMeter, oOptions.m_nCount);
-    CKorThread::Sleep(0, TIME_FOR_LAST_ANSWER_MS);
-    std::cout << "Served " << oMeter.Requests() << " requests, " << oMeter.Disturbed()
-              << " of them disturbed." << std::endl;
-    return EXIT_SUCCESS;
+    MeterApplication oApplication;
+    return oApplication.Start(argc, argv);
 }

@@ -540,6 +540,15 @@ TEST_F(KorFile, KeepsThePositionWhenTheLengthOverflows)
     EXPECT_EQ(42, m_oFile.GetPosition());
 }
 
+TEST_F(KorFile, EndsAtTheEndWhenAskedForItsLengthBeyond2GiB)
+{
+    Resize(3 * GIB);
+    m_oFile.Seek(INT_MAX, CKorFile::ORIGIN_BEGIN);
+    m_oFile.Seek(1, CKorFile::ORIGIN_CURRENT);
+    EXPECT_EQ(-1, m_oFile.GetLength());
+    EXPECT_EQ("", Read(1));
+}
+
 TEST_F(KorFile, KnowsALengthOf2GiBLessOneByte)
 {
     Resize(2 * GIB - 1);

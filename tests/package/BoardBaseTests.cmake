@@ -2,24 +2,13 @@
 
 set(board ${CMAKE_CURRENT_BINARY_DIR}/board)
 
-add_test(NAME BoardBase.CarriesTheLibrary
-  COMMAND ${CMAKE_COMMAND}
-    -D TARVO=${PROJECT_SOURCE_DIR} -D BINARY=${board}/build -D PREFIX=${board}/prefix
-    -D TOOLCHAIN=${CMAKE_TOOLCHAIN_FILE} -D "FLAGS=${CMAKE_CXX_FLAGS}"
-    -P ${CMAKE_CURRENT_SOURCE_DIR}/BoardBase.cmake)
+tarvo_add_package_test(BoardBase.CarriesTheLibrary BoardBase.cmake
+  TARVO=${PROJECT_SOURCE_DIR} BINARY=${board}/build PREFIX=${board}/prefix)
 set_tests_properties(BoardBase.CarriesTheLibrary PROPERTIES FIXTURES_SETUP board)
 
-add_test(NAME BoardBase.IsFoundByCMake
-  COMMAND ${CMAKE_COMMAND}
-    -D SOURCE=${outside} -D BINARY=${board}/by-cmake -D PREFIX=${board}/prefix
-    -D TOOLCHAIN=${CMAKE_TOOLCHAIN_FILE} -D "EMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR}"
-    -D "FLAGS=${CMAKE_CXX_FLAGS}"
-    -P ${CMAKE_CURRENT_SOURCE_DIR}/by-cmake.cmake)
-add_test(NAME BoardBase.IsFoundByPkgConfig
-  COMMAND ${CMAKE_COMMAND}
-    -D SOURCE=${outside} -D BINARY=${board}/by-pkg-config -D PREFIX=${board}/prefix
-    -D LIBDIR=lib -D COMPILER=${CMAKE_CXX_COMPILER}
-    -D "EMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR}" -D "FLAGS=${CMAKE_CXX_FLAGS}"
-    -P ${CMAKE_CURRENT_SOURCE_DIR}/by-pkg-config.cmake)
+tarvo_add_package_test(BoardBase.IsFoundByCMake by-cmake.cmake
+  SOURCE=${outside} BINARY=${board}/by-cmake PREFIX=${board}/prefix)
+tarvo_add_package_test(BoardBase.IsFoundByPkgConfig by-pkg-config.cmake
+  SOURCE=${outside} BINARY=${board}/by-pkg-config PREFIX=${board}/prefix LIBDIR=lib)
 set_tests_properties(BoardBase.IsFoundByCMake BoardBase.IsFoundByPkgConfig
   PROPERTIES FIXTURES_REQUIRED board)

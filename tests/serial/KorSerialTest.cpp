@@ -53,18 +53,26 @@ TEST(KorSerial, NumbersItsResultsAndSettingsAsDocumented)
     EXPECT_EQ(1, S::DTR_ON);
 }
 
-TEST(KorSerial, KeepsTheOrderOfItsMembers)
+/// Where a member begins in its object.
+template <typename TObject, typename TMember>
+std::ptrdiff_t Offset(const TObject& oObject, const TMember& oMember)
 {
-    TestPort oPort;
-    const char* const pPort = reinterpret_cast<const char*>(&oPort);
-    const char* const pBuffer = reinterpret_cast<const char*>(&oPort.m_oRcvBuffer);
-    const char* const pThread = reinterpret_cast<const char*>(&oPort.m_oRcvThread);
-    const char* const pDescriptor = reinterpret_cast<const char*>(&oPort.m_hPort);
-    const char* const pTermios = reinterpret_cast<const char*>(&oPort.m_oTermios);
-    EXPECT_EQ(pPort + sizeof(void*), pBuffer);
-    EXPECT_EQ(pBuffer + sizeof(CKorMutexBuffer), pThread);
-    EXPECT_EQ(pThread + sizeof(S::CKorSerialRcvThread), pDescriptor);
-    EXPECT_EQ(pDescriptor + sizeof(int), pTermios);
+    return reinterpret_cast<const char*>(&oMember) - reinterpret_cast<const char*>(&oObject);
+}
+
+TEST(KorSerial, KeepsTheOrderOfItsMembersWithNothingBetween)
+{
+    const TestPort oPort;
+    const std::ptrdiff_t nBuffer = Offset(oPort, oPort.m_oRcvBuffer);
+    const std::ptrdiff_t nThread = Offset(oPort, oPort.m_oRcvThread);
+    const std::ptrdiff_t nDescriptor = Offset(oPort, oPort.m_hPort);
+    const std::ptrdiff_t nTermios = Offset(oPort, oPort.m_oTermios);
+    constexpr std::ptrdiff_t PADDING = alignof(CKorMutexBuffer) - 1;
+    EXPECT_LE(nBuffer, std::ptrdiff_t{sizeof(void*)} + PADDING);
+    EXPECT_GE(nThread, nBuffer + std::ptrdiff_t{sizeof(CKorMutexBuffer)});
+    EXPECT_LE(nThread, nBuffer + std::ptrdiff_t{sizeof(CKorMutexBuffer)} + PADDING);
+    EXPECT_EQ(nThread + std::ptrdiff_t{sizeof(S::CKorSerialRcvThread)}, nDescriptor);
+    EXPECT_EQ(nDescriptor + std::ptrdiff_t{sizeof(int)}, nTermios);
     EXPECT_TRUE(std::has_virtual_destructor<CKorSerial>::value);
 }
 

@@ -1,7 +1,7 @@
 #include "text/KorMutexBuffer.h"
-#include "tests/support/Emulation.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
@@ -66,14 +66,21 @@ TEST(KorMutexBuffer, IsEmptyAfterConstruction)
     EXPECT_EQ("", oBuffer.GetBuffer());
 }
 
-TEST(KorMutexBuffer, HoldsTheTextBeforeTheMutex)
+TEST(KorMutexBuffer, HoldsTheTextBeforeTheMutexAndNothingElse)
 {
+    struct Layout
+    {
+        void* pVirtualTable;
+        std::string sBuffer;
+        CKorMutex oMutex;
+    };
     OpenBuffer oBuffer;
-    const char* const pText = reinterpret_cast<const char*>(&oBuffer.m_sBuffer);
-    const char* const pMutex = reinterpret_cast<const char*>(&oBuffer.m_oMutex);
-    EXPECT_EQ(reinterpret_cast<const char*>(&oBuffer) + sizeof(void*), pText);
-    EXPECT_EQ(pText + sizeof(std::string), pMutex);
-    EXPECT_EQ(sizeof(void*) + sizeof(std::string) + sizeof(CKorMutex), sizeof(CKorMutexBuffer));
+    const char* const pBuffer = reinterpret_cast<const char*>(&oBuffer);
+    const std::ptrdiff_t nText = reinterpret_cast<const char*>(&oBuffer.m_sBuffer) - pBuffer;
+    const std::ptrdiff_t nMutex = reinterpret_cast<const char*>(&oBuffer.m_oMutex) - pBuffer;
+    EXPECT_EQ(sizeof(void*), static_cast<std::size_t>(nText));
+    EXPECT_EQ(sizeof(Layout) - sizeof(CKorMutex), static_cast<std::size_t>(nMutex));
+    EXPECT_EQ(sizeof(Layout), sizeof(CKorMutexBuffer));
 }
 
 TEST(KorMutexBuffer, CanBeDeletedThroughItsBase)
@@ -234,19 +241,19 @@ TEST(KorMutexBuffer, ReleasesTheLockWhenAppendingACharacterFails)
 
 TEST(KorMutexBuffer, FourProducersAndOneConsumerLoseAndDoubleNothing)
 {
-    const int nLines = UnderEmulation() ? 2000 : 20000;
+    constexpr int LINES = 5000;
     CKorMutexBuffer oBuffer;
     std::vector<std::thread> vecProducers;
     vecProducers.reserve(PRODUCERS);
     for (int nProducer = 0; nProducer < PRODUCERS; ++nProducer) {
-        vecProducers.emplace_back([&oBuffer, nProducer, nLines]() {
-            for (int nLine = 0; nLine < nLines; ++nLine)
+        vecProducers.emplace_back([&oBuffer, nProducer]() {
+            for (int nLine = 0; nLine < LINES; ++nLine)
                 oBuffer.AddString(std::to_string(nProducer) + ":" + std::to_string(nLine) + "\n");
         });
     }
 
     std::vector<int> vecNext(PRODUCERS, 0);
-    for (int nTaken = 0; nTaken < PRODUCERS * nLines;) {
+    for (int nTaken = 0; nTaken < PRODUCERS * LINES;) {
         const std::string strLine = oBuffer.RemoveString("\n");
         if (strLine.empty()) {
             std::this_thread::yield();
@@ -259,7 +266,7 @@ TEST(KorMutexBuffer, FourProducersAndOneConsumerLoseAndDoubleNothing)
     }
     for (std::thread& oProducer : vecProducers)
         oProducer.join();
-    EXPECT_EQ(std::vector<int>(PRODUCERS, nLines), vecNext);
+    EXPECT_EQ(std::vector<int>(PRODUCERS, LINES), vecNext);
     EXPECT_EQ(0U, oBuffer.GetLength());
 }
 

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <string>
+
+/// Prints a line, stamped with the local time, at once.
+void LogLine(const std::string& strText);
