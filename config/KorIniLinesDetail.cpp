@@ -49,10 +49,7 @@ void CKorIniLines::Place(const std::string& strText, std::string& strCurrentSect
     if (pLine == nullptr)
         return;
 
-    std::string strPreviousSection = LastSection();
-    if (strPreviousSection.empty())
-        strPreviousSection = strCurrentSection;
-
+    const std::string strPreviousSection = LastSection();
     pLine->m_strSection = strCurrentSection;
     const bool bOption = !pLine->m_bSection && !pLine->m_strOption.empty();
     if (pLine->m_bSection || bOption) {
