@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # What the scripts for the ARM targets share; common.sh comes first.
 
 # The preset that builds a target.
