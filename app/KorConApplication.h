@@ -54,5 +54,5 @@ protected:
     static int m_nPID; ///< the process that constructed the application last
 
 private:
-    static bool FinalizeOnce(CKorBaseApplication& oApplication);
+    TARVO_EXT_LOCAL static bool FinalizeOnce(CKorBaseApplication& oApplication);
 };

@@ -32,7 +32,7 @@ public:
     void Unlock();
 
 private:
-    bool WaitUntilFree(unsigned int nTimeout);
+    TARVO_BASE_LOCAL bool WaitUntilFree(unsigned int nTimeout);
 
     pthread_mutex_t m_oGuard;
     pthread_cond_t m_oFreed;

@@ -68,9 +68,9 @@ public:
     static void Sleep(unsigned int nSeconds, unsigned int nMilliseconds);
 
 private:
-    static void* ThreadMain(void* pThread);
-    bool Create();
-    void Join();
+    TARVO_BASE_LOCAL static void* ThreadMain(void* pThread);
+    TARVO_BASE_LOCAL bool Create();
+    TARVO_BASE_LOCAL void Join();
 
     const unsigned int m_nStackSize;
     std::atomic<int> m_nState;

@@ -90,7 +90,8 @@ private:
         OPTION_WITH_VALUE
     };
 
-    EArgument Classify(const std::string& strArgument) const;
-    bool GetOption(const std::string& strArgument, bool bHasValue, std::string& strValue);
-    bool GetPositional(std::string& strValue);
+    TARVO_EXT_LOCAL EArgument Classify(const std::string& strArgument) const;
+    TARVO_EXT_LOCAL bool GetOption(const std::string& strArgument, bool bHasValue,
+                                   std::string& strValue);
+    TARVO_EXT_LOCAL bool GetPositional(std::string& strValue);
 };

@@ -127,8 +127,8 @@ protected:
     std::vector<SOptionLine*> m_apOptionLines; ///< the document's lines, owned
 
 private:
-    bool IsCaseSensitiv() const;
-    void FreeLines();
+    TARVO_EXT_LOCAL bool IsCaseSensitiv() const;
+    TARVO_EXT_LOCAL void FreeLines();
 };
 
 /// Exchanges one option with a variable: the step of which a program's `DoOptionExchange` is

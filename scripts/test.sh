@@ -6,6 +6,7 @@
 preset=${1:-release}
 need_packages g++ cmake ninja-build pkg-config libgtest-dev libmodbus-dev socat doxygen
 need_cmake
-configure_and_build "$preset" -DBUILD_TESTING=ON
+try scripts/sample-ini-files.sh build/sample-ini
+configure_and_build "$preset"
 step "Running the tests"
 try ctest --preset "$preset"

@@ -299,7 +299,7 @@ private:
         READ_NONE_IN_TIME, // time-out, or a signal ended the wait
         READ_FAILED
     };
-    EReadEvent Read(char& c, unsigned int nTimeout);
+    TARVO_EXT_LOCAL EReadEvent Read(char& c, unsigned int nTimeout);
 
 protected:
     CKorMutexBuffer m_oRcvBuffer;     ///< Received characters not taken yet.

@@ -1,5 +1,6 @@
 #include "time/KorTimeTextDetail.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <locale>
 #include <ostream>
@@ -8,46 +9,32 @@
 namespace
 {
 
-char* FormatNumber(char* pEnd, unsigned long long nNumber, int nWidth)
+/// Writes a number that fits into 32 bits and a field; returns null when it does not fit.
+char* FormatField(char* pEnd, unsigned long long nNumber, int nWidth)
+{
+    auto nRest = static_cast<std::uint32_t>(nNumber);
+    for (int nDigit = nWidth; nDigit > 0; nRest /= 10)
+        pEnd[--nDigit] = static_cast<char>('0' + nRest % 10);
+    return nRest == 0 && nNumber <= UINT32_MAX ? pEnd + nWidth : nullptr;
+}
+
+/// Writes a number of any size in as many digits as it has.
+char* FormatNumber(char* pEnd, unsigned long long nNumber)
 {
     char aDigits[20];
-    int nDigits = 0;
+    char* pFirst = aDigits + sizeof aDigits;
     for (; nNumber > UINT32_MAX; nNumber /= 10)
-        aDigits[nDigits++] = static_cast<char>('0' + nNumber % 10);
+        *--pFirst = static_cast<char>('0' + nNumber % 10);
     // On from here in 32 bits, which is much cheaper on 32-bit boards.
     auto nRest = static_cast<std::uint32_t>(nNumber);
     do {
-        aDigits[nDigits++] = static_cast<char>('0' + nRest % 10);
+        *--pFirst = static_cast<char>('0' + nRest % 10);
         nRest /= 10;
     } while (nRest != 0);
-    for (int nFilled = nDigits; nFilled < nWidth; ++nFilled)
-        *pEnd++ = '0';
-    while (nDigits > 0)
-        *pEnd++ = aDigits[--nDigits];
-    return pEnd;
+    return std::copy(pFirst, aDigits + sizeof aDigits, pEnd);
 }
 
 } // namespace
-
-CKorTimeText::CKorTimeText() : m_nPieces(0), m_bNegative(false), m_bFilled(false) {}
-
-void CKorTimeText::AddText(const char* pszText)
-{
-    m_aoPieces[m_nPieces++] = {pszText, 0, 0, false};
-}
-
-void CKorTimeText::AddInt(int nNumber, int nWidth)
-{
-    AddUnsigned(static_cast<unsigned long long>(nNumber), nWidth);
-    m_aoPieces[m_nPieces - 1].bInt = true;
-    m_bNegative = m_bNegative || nNumber < 0;
-}
-
-void CKorTimeText::AddUnsigned(unsigned long long nNumber, int nWidth)
-{
-    m_aoPieces[m_nPieces++] = {nullptr, nNumber, nWidth, false};
-    m_bFilled = m_bFilled || nWidth != 0;
-}
 
 std::ostream& CKorTimeText::Put(std::ostream& oStream) const
 {
@@ -92,11 +79,14 @@ size_t CKorTimeText::Format(char* pBuffer) const
     char* pEnd = pBuffer;
     for (size_t i = 0; i < m_nPieces; ++i) {
         const SPiece& oPiece = m_aoPieces[i];
-        if (oPiece.pszText == nullptr)
-            pEnd = FormatNumber(pEnd, oPiece.nNumber, oPiece.nWidth);
-        else
+        if (oPiece.pszText != nullptr) {
             for (const char* pszText = oPiece.pszText; *pszText != '\0'; ++pszText)
                 *pEnd++ = *pszText;
+            continue;
+        }
+        char* pFieldEnd =
+            oPiece.nWidth != 0 ? FormatField(pEnd, oPiece.nNumber, oPiece.nWidth) : nullptr;
+        pEnd = pFieldEnd != nullptr ? pFieldEnd : FormatNumber(pEnd, oPiece.nNumber);
     }
     return static_cast<size_t>(pEnd - pBuffer);
 }

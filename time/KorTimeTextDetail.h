@@ -12,15 +12,19 @@
 class CKorTimeText
 {
 public:
-    CKorTimeText();
+    CKorTimeText() : m_nPieces(0), m_bNegative(false), m_bFilled(false) {}
 
     /// Adds a text, which must outlive this object.
-    void AddText(const char* pszText);
+    void AddText(const char* pszText) { m_aoPieces[m_nPieces++] = {pszText, 0, 0, false}; }
     /// Adds an int. With a width it is written with that width and filled with '0'; with width 0
     /// the stream's own width and fill character hold.
-    void AddInt(int nNumber, int nWidth);
+    void AddInt(int nNumber, int nWidth)
+    {
+        Add(static_cast<unsigned long long>(nNumber), nWidth, true);
+        m_bNegative = m_bNegative || nNumber < 0;
+    }
     /// Adds an unsigned number in the same way.
-    void AddUnsigned(unsigned long long nNumber, int nWidth);
+    void AddUnsigned(unsigned long long nNumber, int nWidth) { Add(nNumber, nWidth, false); }
 
     /// Writes the pieces; without any, the stream is not touched.
     std::ostream& Put(std::ostream& oStream) const;
@@ -39,6 +43,11 @@ private:
     /// Room for nine 64-bit numbers and eight texts of up to seven characters.
     static constexpr size_t MAX_LENGTH = 256;
 
+    void Add(unsigned long long nNumber, int nWidth, bool bInt)
+    {
+        m_aoPieces[m_nPieces++] = {nullptr, nNumber, nWidth, bInt};
+        m_bFilled = m_bFilled || nWidth != 0;
+    }
     bool IsPlainFor(const std::ios& oStream) const;
     size_t Format(char* pBuffer) const;
     void PutPieces(std::ostream& oStream) const;

@@ -19,6 +19,18 @@ constexpr int DAYS_PER_4_YEARS = 4 * DAYS_PER_YEAR + 1;
 constexpr int DAYS_PER_100_YEARS = 25 * DAYS_PER_4_YEARS - 1;
 constexpr int DAYS_PER_400_YEARS = 4 * DAYS_PER_100_YEARS + 1;
 
+// The public functions of the same sense cannot be inlined here, because a program may replace
+// what a shared library exports.
+inline bool IsLeap(int nYear)
+{
+    return nYear % 4 == 0 && (nYear % 100 != 0 || nYear % 400 == 0);
+}
+
+inline int MonthLength(int nMonth, bool bLeapYear)
+{
+    return nMonth == 2 && bLeapYear ? 29 : DaysPerMonth[nMonth - 1];
+}
+
 /// The sum of the parts; nanoseconds count in whole tens.
 std::uint64_t Ticks(std::uint64_t nDays, std::uint64_t nHours, std::uint64_t nMinutes,
                     std::uint64_t nSeconds, std::uint64_t nMilliSeconds,
@@ -160,9 +172,7 @@ long long CKorUTCTime::GetTotalMicroseconds() const
 
 bool CKorUTCTime::IsLeapYear(int nYear)
 {
-    if (nYear % 4 != 0)
-        return false;
-    return nYear % 100 != 0 || nYear % 400 == 0;
+    return IsLeap(nYear);
 }
 
 int CKorUTCTime::NumOfLeapYearsUntilYear(int nYear)
@@ -176,17 +186,16 @@ int CKorUTCTime::GetNumOfDaysPerMonth(int nYear, int nMonth)
 {
     if (nMonth < 1 || nMonth > MONTHS)
         return 0;
-    if (nMonth == 2 && IsLeapYear(nYear))
-        return 29;
-    return DaysPerMonth[nMonth - 1];
+    return MonthLength(nMonth, IsLeap(nYear));
 }
 
 int CKorUTCTime::CalcNumOfDays(int nYear, int nMonth, int nDay)
 {
     auto nDays = static_cast<std::uint32_t>(nYear) * DAYS_PER_YEAR;
     nDays += static_cast<std::uint32_t>(NumOfLeapYearsUntilYear(nYear));
+    const bool bLeapYear = IsLeap(nYear);
     for (int nPassed = 1; nPassed < std::min(nMonth, MONTHS + 1); ++nPassed)
-        nDays += static_cast<std::uint32_t>(GetNumOfDaysPerMonth(nYear, nPassed));
+        nDays += static_cast<std::uint32_t>(MonthLength(nPassed, bLeapYear));
     return static_cast<int>(nDays + static_cast<std::uint32_t>(nDay) - 1);
 }
 
@@ -216,8 +225,9 @@ void CKorUTCTime::CalcDate(int& nYear, int& nMonth, int& nDay) const
 
     nDay = nRest + 1;
     nMonth = 1;
-    while (nDay > GetNumOfDaysPerMonth(nYear, nMonth))
-        nDay -= GetNumOfDaysPerMonth(nYear, nMonth++);
+    const bool bLeapYear = IsLeap(nYear);
+    while (nDay > MonthLength(nMonth, bLeapYear))
+        nDay -= MonthLength(nMonth++, bLeapYear);
 }
 
 int CKorUTCTime::GetDay() const

@@ -1,6 +1,7 @@
 #include "time/KorLocalTime.h"
 #include "time/KorStreamSlotDetail.h"
 #include "time/KorTimeTextDetail.h"
+#include "time/KorTimeTicksDetail.h"
 #include "time/KorUTCTime.h"
 #include "time/StreamExtension.h"
 
@@ -36,14 +37,16 @@ struct SFields
         oTime.CalcDate(anFields[CKorUTCTime::eElemYear], anFields[CKorUTCTime::eElemMonth],
                        anFields[CKorUTCTime::eElemDay]);
         anFields[CKorUTCTime::eElemYear2] = anFields[CKorUTCTime::eElemYear] % 100;
-        // The same as the getters of the clock fields with one long division for all of them.
+        // The getters of the clock fields would do the long divisions one by one.
         const int nMilliSeconds = static_cast<int>(oTime.GetLocaltime() % 86400000);
         anFields[CKorUTCTime::eElemHour] = nMilliSeconds / 3600000;
         anFields[CKorUTCTime::eElemMinute] = nMilliSeconds / 60000 % 60;
         anFields[CKorUTCTime::eElemSecond] = nMilliSeconds / 1000 % 60;
         anFields[CKorUTCTime::eElemMilli] = nMilliSeconds % 1000;
-        anFields[CKorUTCTime::eElemMicro] = oTime.GetMicroSecond();
-        anFields[CKorUTCTime::eElemNano] = oTime.GetNanoSecond();
+        const auto nTicks = static_cast<std::uint64_t>(oTime.GetHighResolutionLocaltime());
+        const int nBelowMilli = static_cast<int>(nTicks % KorTicks::PER_MILLISECOND);
+        anFields[CKorUTCTime::eElemMicro] = nBelowMilli / 100;
+        anFields[CKorUTCTime::eElemNano] = nBelowMilli % 100 * 10;
     }
 
     int operator[](std::int32_t nElement) const { return anFields[nElement]; }

@@ -135,16 +135,17 @@ bool Gateway::HoldPidFile()
 
 bool Gateway::OpenPort()
 {
-    if (m_oPort.open(m_pSettings->m_strDevice.c_str(), m_pSettings->Baudrate(),
-                     m_pSettings->Parity(), m_pSettings->StopBits(), CKorSerial::BYTESIZE_8,
-                     nullptr) != CKorSerial::SERIAL_OK)
+    m_pPort = std::make_unique<CKorSerial>();
+    if (m_pPort->open(m_pSettings->m_strDevice.c_str(), m_pSettings->Baudrate(),
+                      m_pSettings->Parity(), m_pSettings->StopBits(), CKorSerial::BYTESIZE_8,
+                      nullptr) != CKorSerial::SERIAL_OK)
         return Fail("cannot open the serial device " + m_pSettings->m_strDevice);
 
     const auto nRetries = static_cast<unsigned int>(m_pSettings->m_nRetries);
     if (m_bVerbose)
-        m_pMeter = std::make_unique<VerboseClient>(m_oPort, m_pSettings->m_nTimeout, nRetries);
+        m_pMeter = std::make_unique<VerboseClient>(*m_pPort, m_pSettings->m_nTimeout, nRetries);
     else
-        m_pMeter = std::make_unique<ModbusRtuClient>(m_oPort, m_pSettings->m_nTimeout, nRetries);
+        m_pMeter = std::make_unique<ModbusRtuClient>(*m_pPort, m_pSettings->m_nTimeout, nRetries);
     return true;
 }
 
@@ -210,7 +211,7 @@ void Gateway::WaitForNextPoll() const
 
 int Gateway::Finalize()
 {
-    m_oPort.close();
+    m_pPort.reset(); // ends the receive thread: nothing is destroyed after a signal
     if (m_bPolling) {
         m_bPolling = false;
         m_pSettings->UpdateOptions(true);

@@ -44,7 +44,7 @@ private:
 
     std::unique_ptr<GatewaySettings> m_pSettings;
     std::unique_ptr<PidFile> m_pPidFile;
-    CKorSerial m_oPort;
+    std::unique_ptr<CKorSerial> m_pPort;
     std::unique_ptr<ModbusRtuClient> m_pMeter;
     bool m_bPolling = false;
     int m_nExitStatus = 0;

@@ -141,6 +141,37 @@ TEST_F(KorIniFile, EveryWriteReadsAndWritesTheFile)
     EXPECT_EQ("\n[S]  \nb=2 \nother=5 \n", ReadFile(m_strFile));
 }
 
+TEST_F(KorIniFile, TheExampleOfTheFormatPageHolds)
+{
+    WriteFile(m_strFile, "# Gateway\n"
+                         "[Port]\n"
+                         "Device = /dev/ttyAM0    # upper socket\n"
+                         "Baud=9600\n"
+                         "Baud=19200\n"
+                         "\n"
+                         "[Log]\n"
+                         "Level=2\n"
+                         "remember to lower this\n"
+                         "[port]\n"
+                         "Name = first meter\n");
+    m_oFile.WriteOption("Port", "Parity", "even");
+    EXPECT_EQ("# Gateway\n"
+              "\n"
+              "[Port]  \n"
+              "Parity=even \n"
+              "Name=first meter \n"
+              "Device=/dev/ttyAM0 # upper socket\n"
+              "Baud=9600 \n"
+              "## COMMENTED ## Baud=19200 \n"
+              "\n"
+              "[Log]  \n"
+              "Level=2 \n"
+              "remember to lower this\n"
+              "## COMMENTED ## [port]  \n"
+              "## COMMENTED ## Name=first meter \n",
+              ReadFile(m_strFile));
+}
+
 TEST_F(KorIniFile, ReadingAllOptionsNeverWrites)
 {
     WriteFile(m_strFile, "[S]\nname = you\n");

@@ -39,8 +39,9 @@ const CKorTimeDiff SPAN(0, 1, 2, 3, 500, 0, 0);
 TEST(KorTimeDiffText, FourThreadsThatSetTheirFirstFormatAtOnceShareOneSlot)
 {
     const int nBefore = std::ios_base::xalloc();
-    std::vector<std::thread> vecThreads;
     std::vector<std::string> vecTexts(4);
+    std::vector<std::thread> vecThreads;
+    vecThreads.reserve(vecTexts.size());
     for (std::string& strText : vecTexts) {
         vecThreads.emplace_back([&strText] {
             std::ostringstream oStream;

@@ -36,8 +36,9 @@ CKorUTCTime Date(unsigned nYear, unsigned nMonth, unsigned nDay)
 TEST(KorUTCTimeText, FourThreadsThatSetTheirFirstFormatAtOnceShareOneSlot)
 {
     const int nBefore = std::ios_base::xalloc();
-    std::vector<std::thread> vecThreads;
     std::vector<std::string> vecTexts(4);
+    std::vector<std::thread> vecThreads;
+    vecThreads.reserve(vecTexts.size());
     for (std::string& strText : vecTexts) {
         vecThreads.emplace_back([&strText] {
             std::ostringstream oStream;
@@ -452,7 +453,7 @@ TEST(KorUTCTimeText, ANegativeLocalClockIsWrittenWithItsSigns)
     CKorLocalTime oTime(0LL, 0);
     oTime.ChangeTimezone(-1);
     EXPECT_EQ("-1:00:00", Text(oTime, 5));
-    oTime.SetHighResolutionLocaltime(9 * 100000);
+    oTime.SetHighResolutionLocaltime(900000);
     EXPECT_EQ("00:-59:-59.-991", Text(oTime, 9));
 }
 
