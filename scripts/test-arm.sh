@@ -11,7 +11,6 @@
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 . scripts/arm/targets.sh
 
-need_packages pkg-config socat
 try scripts/sample-ini-files.sh build/sample-ini
 for target in "${@:-armhf}"; do
   need_target "$target"

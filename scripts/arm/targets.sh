@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # What the scripts for the ARM targets share; common.sh comes first.
 
 # The preset that builds a target.
@@ -13,9 +14,10 @@ preset_of() {
 # Makes a target's toolchain ready.
 need_target() {
   preset_of "$1" >/dev/null
+  need_packages g++ cmake git ninja-build pkg-config libmodbus-dev socat
   case $1 in
-    armhf* | musl-armhf) need_packages cmake ninja-build g++-arm-linux-gnueabihf ;;
-    *) need_packages cmake ninja-build g++-arm-linux-gnueabi ;;
+    *armhf*) need_packages g++-arm-linux-gnueabihf ;;
+    *armel) need_packages g++-arm-linux-gnueabi ;;
   esac
   need_cmake
   [[ $1 = musl-* ]] || return 0

@@ -1,7 +1,7 @@
 # Builds the library on a board's own base library and installs it beside that, as on the board.
 include(${CMAKE_CURRENT_LIST_DIR}/common.cmake)
 
-set(settings -G Ninja -DCMAKE_BUILD_TYPE=MinSizeRel -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}
+set(settings -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}
   -DCMAKE_CXX_FLAGS=${FLAGS} -DCMAKE_INSTALL_PREFIX=${PREFIX} -DCMAKE_INSTALL_LIBDIR=lib
   -DCMAKE_FIND_ROOT_PATH=${PREFIX} -DTARVO=${TARVO})
 file(REMOVE_RECURSE ${BINARY} ${PREFIX})
