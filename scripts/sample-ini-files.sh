@@ -1,7 +1,7 @@
 #!/bin/bash
 # Fetches INI files as Debian packages ship them, for the test of inictl: unpacks the packages into
 # DIR without installing them. What is there already is left alone.
-# usage: scripts/sample-ini-files.sh DIR   DIR: where the tests look, <build folder>/sample-ini
+# usage: scripts/sample-ini-files.sh DIR   DIR: where the tests look, normally build/sample-ini
 [ $# -eq 1 ] || { sed -n 's/^# usage: /usage: /p' "$0" >&2; exit 2; }
 directory=$(realpath -m "$1")
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
