@@ -57,6 +57,8 @@ public:
     /// @return the value of Finalize()
     /// @throws std::out_of_range "basic_string::substr" when the program file has no extension:
     ///         give it one, see above
+    /// @throws std::logic_error "basic_string::_S_construct NULL not valid" when @p argv holds a
+    ///         null entry, the first one included
     int Start(int argc, char** argv);
 
     /// Takes over the command line: GetCommandLine() and the arguments for DoCmdLineExchange().
@@ -64,6 +66,7 @@ public:
     /// the directory of `argv[0]`, the application name and ".ini".
     /// @throws std::out_of_range as Start(); the command line is taken over then, the names are
     ///         not
+    /// @throws std::logic_error as Start()
     void InitializeClass(int argc, char** argv);
 
     /// Called before Run(). The base version returns true; an override that returns false keeps

@@ -97,7 +97,9 @@ public:
     /// one of the same name.
     /// @param pszSection  the option's section
     /// @param pszOption   the option's name
-    /// @param pszValue    the value, stored as it is
+    /// @param pszValue    the value, stored as it is. A "#" or a line feed in it ends the value
+    /// when
+    ///                    the file is read again.
     void WriteOption(const char* pszSection, const char* pszOption, const char* pszValue);
 
     /// Reads all options of the program and lists the file's sections.

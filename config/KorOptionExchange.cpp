@@ -226,6 +226,9 @@ void IOX_Std<std::string>(CKorIniOptionExchange* pExchange, const char* pszSecti
     if (pExchange->IsWriteBack()) {
         KorQuoteString(strValue, true);
         pExchange->SetOptionString(pszSection, pszOption, strValue.c_str());
+        // What was read with a zero byte in it is longer than a C string tells.
+        if (strValue.find('\0') != std::string::npos)
+            (*pExchange->FindOption(pszSection, pszOption))->m_strValue = strValue;
     } else {
         if (!pExchange->GetOptionString(pszSection, pszOption, strValue))
             strValue = strDefault;

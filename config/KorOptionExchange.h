@@ -91,7 +91,8 @@ public:
     /// new section is appended to the document.
     /// @param pszSection  the option's section
     /// @param pszOption   the option's name
-    /// @param pszValue    the value, stored as it is: quoting is the caller's business
+    /// @param pszValue    the value, stored as it is: quoting is the caller's business. A "#" or a
+    ///                    line feed in it ends the value when the file is read again.
     void SetOptionString(const char* pszSection, const char* pszOption, const char* pszValue);
 
     /// Removes one line, without effect when there is none. This alone does not mark the document
@@ -158,7 +159,8 @@ void IOX_Std(CKorIniOptionExchange* pExchange, const char* pszSection, const cha
              T& value, const T& defaultValue);
 
 /// Exchanges a text. Reading removes a pair of enclosing double quotes, from the default too.
-/// Writing encloses a text with white space in double quotes and leaves them in @p strValue.
+/// Writing encloses a text with white space in double quotes and leaves them in @p strValue; a "#"
+/// or a line feed in it ends the value when the file is read again.
 template <>
 TARVO_EXT_API void IOX_Std<std::string>(CKorIniOptionExchange* pExchange, const char* pszSection,
                                         const char* pszOption, std::string& strValue,

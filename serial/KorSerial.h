@@ -150,7 +150,7 @@ public:
         /// How long one wait for a character may last, in milliseconds.
         unsigned int GetTimeout() const;
         /// Sets how long one wait for a character may last, in milliseconds. May be called from
-        /// any thread; the wait that is under way keeps its length.
+        /// any thread; the wait that is under way keeps its length. With 0 the thread never rests.
         void SetTimeout(unsigned int nTimeout);
 
     protected:

@@ -4,9 +4,13 @@
 #include "text/KorMemDump.h"
 #include "time/KorLocalTime.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <fcntl.h>
 #include <poll.h>
+#include <unistd.h>
 
 namespace
 {
@@ -21,26 +25,47 @@ constexpr char USAGE[] = "usage: gateway.bin [-c FILE] [-once] [-v] [-help]\n"
 // Energy (two registers, Wh), voltage (0.1 V), current (0.01 A), power (W).
 constexpr std::uint16_t METER_REGISTERS = 5;
 
+constexpr int FAILURES_UNTIL_REOPENED = 3;
+
 constexpr unsigned int ALL_LINES = 0xFFFFFFFF;
 
-/// A client that dumps its telegrams to the log.
-class VerboseClient : public ModbusRtuClient
+/// Waits up to @p nMilliseconds and lets the signals that end the gateway in meanwhile.
+void LetSignalsIn(int nMilliseconds)
+{
+    const timespec oTime = {nMilliseconds / 1000, nMilliseconds % 1000 * 1000000L};
+    sigset_t oNoSignals;
+    sigemptyset(&oNoSignals);
+    ppoll(nullptr, 0, &oTime, &oNoSignals);
+}
+
+/// The gateway's client: can be ended between two requests, and shows telegrams when asked.
+class GatewayClient : public ModbusRtuClient
 {
 public:
-    using ModbusRtuClient::ModbusRtuClient;
+    GatewayClient(CKorSerial& oPort, int nTimeout, unsigned int nRetries, bool bVerbose)
+        : ModbusRtuClient(oPort, nTimeout, nRetries), m_bVerbose(bVerbose)
+    {
+    }
 
 private:
-    void TelegramSent(const std::string& strTelegram) override { Dump("sent", strTelegram); }
+    void TelegramSent(const std::string& strTelegram) override
+    {
+        LetSignalsIn(0);
+        Dump("sent", strTelegram);
+    }
     void TelegramReceived(const std::string& strTelegram) override
     {
         Dump("received", strTelegram);
     }
-    static void Dump(const char* pszWhat, const std::string& strTelegram)
+    void Dump(const char* pszWhat, const std::string& strTelegram) const
     {
         const auto nLength = static_cast<unsigned int>(strTelegram.size());
-        LogLine(std::string(pszWhat) + "\n" +
-                KorMemDump(strTelegram.data(), nLength, ALL_LINES, ALL_LINES));
+        if (m_bVerbose)
+            LogLine(std::string(pszWhat) + "\n" +
+                    KorMemDump(strTelegram.data(), nLength, ALL_LINES, ALL_LINES));
     }
+
+    bool m_bVerbose;
 };
 
 std::string Banner(const CKorApplicationInfo& oInfo)
@@ -48,13 +73,28 @@ std::string Banner(const CKorApplicationInfo& oInfo)
     return oInfo.GetVersionString() + ", " + oInfo.GetCopyrightString();
 }
 
-void BlockEndSignals()
+/// Blocks or lets in the signals that end the gateway.
+void MaskEndSignals(int nHow)
 {
     sigset_t oSignals;
     sigemptyset(&oSignals);
     sigaddset(&oSignals, SIGINT);
     sigaddset(&oSignals, SIGTERM);
-    sigprocmask(SIG_BLOCK, &oSignals, nullptr);
+    sigprocmask(nHow, &oSignals, nullptr);
+}
+
+/// Opens the device once and closes it again. That tells why it cannot be opened, and where a
+/// device waits for a carrier it is the place where a signal can end the wait.
+/// @return an errno value, 0 when it opened
+int TryDevice(const std::string& strDevice)
+{
+    MaskEndSignals(SIG_UNBLOCK);
+    const int hDevice = open(strDevice.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    const int nError = hDevice == -1 ? errno : 0;
+    MaskEndSignals(SIG_BLOCK);
+    if (hDevice != -1)
+        close(hDevice);
+    return nError;
 }
 
 /// A number with its decimal point put before the last @p nDecimals digits.
@@ -84,8 +124,10 @@ void Gateway::DoCmdLineExchange(CKorCmdLineApplExchange* pExchange)
     m_bOnce = pExchange->GetParameter("once", false, strValue);
     m_bVerbose = pExchange->GetParameter("v", false, strValue);
     m_bHelp = pExchange->GetParameter("help", false, strValue);
-    if (!pExchange->GetParameter("c", true, m_strSettingsFile))
+    const bool bNamed = pExchange->GetParameter("c", true, m_strSettingsFile);
+    if (!bNamed)
         m_strSettingsFile.clear();
+    m_bNoSettingsFile = bNamed && m_strSettingsFile.empty();
     pExchange->GetParameter(nullptr, false, strValue); // the program itself
     pExchange->GetParameter(nullptr, false, m_strUnknownArgument);
 }
@@ -96,16 +138,17 @@ bool Gateway::Initialize()
         std::fputs(USAGE, stdout);
         return false;
     }
-    if (!m_strUnknownArgument.empty()) {
-        std::fprintf(stderr, "gateway.bin: unknown argument %s\n%s", m_strUnknownArgument.c_str(),
-                     USAGE);
+    if (m_bNoSettingsFile || !m_strUnknownArgument.empty()) {
+        const std::string strError =
+            m_bNoSettingsFile ? "-c needs a file" : "unknown argument " + m_strUnknownArgument;
+        std::fprintf(stderr, "gateway.bin: %s\n%s", strError.c_str(), USAGE);
         m_nExitStatus = 2;
         return false;
     }
-    BlockEndSignals();
+    MaskEndSignals(SIG_BLOCK);
     LogLine(Banner(GetInfo()));
     LogLine(Banner(CKorApplicationInfo::GetLibraryInfo()));
-    return LoadSettings() && HoldPidFile() && OpenPort();
+    return LoadSettings() && HoldPidFile() && ConnectMeter();
 }
 
 bool Gateway::LoadSettings()
@@ -133,20 +176,37 @@ bool Gateway::HoldPidFile()
     return m_pPidFile->Acquire(strError) || Fail(strError);
 }
 
-bool Gateway::OpenPort()
+bool Gateway::ConnectMeter()
 {
     m_pPort = std::make_unique<CKorSerial>();
-    if (m_pPort->open(m_pSettings->m_strDevice.c_str(), m_pSettings->Baudrate(),
-                      m_pSettings->Parity(), m_pSettings->StopBits(), CKorSerial::BYTESIZE_8,
-                      nullptr) != CKorSerial::SERIAL_OK)
-        return Fail("cannot open the serial device " + m_pSettings->m_strDevice);
+    m_pMeter = std::make_unique<GatewayClient>(*m_pPort, m_pSettings->m_nTimeout,
+                                               static_cast<unsigned int>(m_pSettings->m_nRetries),
+                                               m_bVerbose);
+    return OpenLine() ||
+           Fail("set [Line] Device in " + m_pSettings->GetIniFileName() + " to the meter's line");
+}
 
-    const auto nRetries = static_cast<unsigned int>(m_pSettings->m_nRetries);
-    if (m_bVerbose)
-        m_pMeter = std::make_unique<VerboseClient>(*m_pPort, m_pSettings->m_nTimeout, nRetries);
-    else
-        m_pMeter = std::make_unique<ModbusRtuClient>(*m_pPort, m_pSettings->m_nTimeout, nRetries);
-    return true;
+bool Gateway::OpenLine()
+{
+    const std::string& strDevice = m_pSettings->m_strDevice;
+    const int nError = TryDevice(strDevice);
+    if (nError == 0 && m_pPort->open(strDevice.c_str(), m_pSettings->Baudrate(),
+                                     m_pSettings->Parity(), m_pSettings->StopBits(),
+                                     CKorSerial::BYTESIZE_8, nullptr) == CKorSerial::SERIAL_OK)
+        return true;
+    m_pPort->close();
+    LogLine("cannot open " + strDevice + ": " +
+            (nError != 0 ? std::strerror(nError) : "no serial line"));
+    return false;
+}
+
+/// After a hang-up the open device stays dead, though a new one may have come in its place.
+void Gateway::ReopenLine()
+{
+    m_nFailuresInARow = 0;
+    m_pPort->close();
+    if (OpenLine())
+        LogLine("opened " + m_pSettings->m_strDevice + " again");
 }
 
 bool Gateway::Fail(const std::string& strReason)
@@ -161,7 +221,7 @@ void Gateway::Run()
     m_bPolling = true;
     Poll();
     while (!m_bOnce) {
-        WaitForNextPoll();
+        LetSignalsIn(m_pSettings->m_nPollInterval);
         Poll();
     }
 }
@@ -178,6 +238,7 @@ void Gateway::Poll()
         LogLine("asked again, repetitions: " + std::to_string(nRetries));
     ++m_pSettings->m_nPolls;
     if (eResult == MODBUS_OK) {
+        m_nFailuresInARow = 0;
         TakeOver(vecRegisters);
         return;
     }
@@ -185,6 +246,8 @@ void Gateway::Poll()
     LogLine(std::string("no reading: ") + ModbusResultText(eResult));
     if (m_bOnce)
         m_nExitStatus = 1;
+    else if (++m_nFailuresInARow == FAILURES_UNTIL_REOPENED)
+        ReopenLine();
 }
 
 void Gateway::TakeOver(const std::vector<std::uint16_t>& vecRegisters)
@@ -198,15 +261,6 @@ void Gateway::TakeOver(const std::vector<std::uint16_t>& vecRegisters)
     oResults.m_strPower = Fixed(vecRegisters[4], 0);
     LogLine(oResults.m_strVoltage + " V, " + oResults.m_strCurrent + " A, " + oResults.m_strPower +
             " W, " + oResults.m_strEnergy + " kWh");
-}
-
-void Gateway::WaitForNextPoll() const
-{
-    const timespec oInterval = {m_pSettings->m_nPollInterval / 1000,
-                                m_pSettings->m_nPollInterval % 1000 * 1000000L};
-    sigset_t oNoSignals;
-    sigemptyset(&oNoSignals);
-    ppoll(nullptr, 0, &oInterval, &oNoSignals);
 }
 
 int Gateway::Finalize()

@@ -15,7 +15,8 @@
 ///
 /// Finalize() stores them, and it runs in the signal handler. A handler may interrupt the program
 /// anywhere, also where it holds a lock that storing needs. So the signals are blocked from
-/// Initialize() on and let in only while the gateway waits for the next poll.
+/// Initialize() on and let in where no such lock is held: while the gateway waits for the next
+/// poll, before each request and while the device opens.
 class Gateway : public CKorConApplication
 {
 public:
@@ -29,14 +30,16 @@ public:
 private:
     bool LoadSettings();
     bool HoldPidFile();
-    bool OpenPort();
+    bool OpenLine();
+    bool ConnectMeter();
+    void ReopenLine();
     bool Fail(const std::string& strReason);
     void Poll();
     void TakeOver(const std::vector<std::uint16_t>& vecRegisters);
-    void WaitForNextPoll() const;
     std::string Summary() const;
 
     bool m_bHelp = false;
+    bool m_bNoSettingsFile = false;
     bool m_bOnce = false;
     bool m_bVerbose = false;
     std::string m_strSettingsFile;
@@ -47,5 +50,6 @@ private:
     std::unique_ptr<CKorSerial> m_pPort;
     std::unique_ptr<ModbusRtuClient> m_pMeter;
     bool m_bPolling = false;
+    int m_nFailuresInARow = 0;
     int m_nExitStatus = 0;
 };

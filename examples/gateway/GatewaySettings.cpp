@@ -20,9 +20,9 @@ StopBits=1 # 1 or 2
 
 [Meter]
 Station=1 # Modbus address, 1 to 247
-PollInterval=1000 # ms from one poll to the next
-Timeout=300 # ms to wait for an answer
-Retries=2 # further requests after one without a good answer
+PollInterval=1000 # ms from the end of a poll to the next
+Timeout=300 # ms to wait for an answer, at most 10000
+Retries=2 # further requests after one without a good answer, at most 10
 
 [Process]
 PidFile=gateway.pid # relative to the working directory
@@ -122,10 +122,12 @@ std::string GatewaySettings::Complaint() const
         return "[Meter] Station is not in 1 to 247";
     if (m_nPollInterval < 1)
         return "[Meter] PollInterval is no number of ms";
-    if (m_nTimeout < 1)
-        return "[Meter] Timeout is no number of ms";
-    if (m_nRetries < 0)
-        return "[Meter] Retries is no count";
+    if (m_nTimeout < 1 || m_nTimeout > 10000)
+        return "[Meter] Timeout is not in 1 to 10000";
+    if (m_nRetries < 0 || m_nRetries > 10)
+        return "[Meter] Retries is not in 0 to 10";
+    if (m_nPolls < 0 || m_nErrors < 0)
+        return "[Counters] Polls or Errors is no count";
     return "";
 }
 

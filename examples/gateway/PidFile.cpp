@@ -19,7 +19,9 @@ bool PidFile::Acquire(std::string& strError)
         return false;
     }
     if (flock(m_hFile, LOCK_EX | LOCK_NB) != 0) {
-        strError = m_strName + ": already running as process " + Content();
+        strError = m_strName + ": " +
+                   (errno == EWOULDBLOCK ? "already running as process " + Content()
+                                         : std::strerror(errno));
         close(m_hFile);
         m_hFile = -1;
         return false;

@@ -198,6 +198,14 @@ TEST(KorApplication, ANullArgumentFailsTheStart)
     EXPECT_EQ("", oApplication.m_strCalls);
 }
 
+TEST(KorApplication, ANullProgramFailsTheStart)
+{
+    char* apszArguments[] = {nullptr};
+    Application oApplication;
+    EXPECT_THROW(oApplication.Start(0, apszArguments), std::logic_error);
+    EXPECT_EQ("", oApplication.m_strCalls);
+}
+
 TEST(KorApplication, RunsItsStepsInOrder)
 {
     Arguments oArguments{"daemon.bin", "-p", "4711", "file"};

@@ -627,6 +627,22 @@ TEST_F(KorOptionExchange, CannotBeCopied)
 
 // Exchanging options with variables.
 
+TEST_F(KorOptionExchange, AStringWithAZeroByteIsWrittenWhole)
+{
+    WriteFile(m_strFile, "[S]\na=x\0y\n"s);
+    std::string strValue;
+    {
+        Exchange oReading(&m_oFile, false);
+        IOX_Std<std::string>(&oReading, "S", "a", strValue, "");
+    }
+    EXPECT_EQ("x\0y"s, strValue);
+    {
+        Exchange oWriting(&m_oFile, true);
+        IOX_Std<std::string>(&oWriting, "S", "a", strValue, "");
+    }
+    EXPECT_EQ("\n[S]  \na=x\0y \n"s, ReadFile(m_strFile));
+}
+
 TEST_F(KorOptionExchange, AWrittenTextWithWhiteSpaceIsQuotedAndReadBackWithout)
 {
     std::string strValue = "two words";

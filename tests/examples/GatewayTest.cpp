@@ -36,6 +36,13 @@ public:
         return vecCommand;
     }
 
+    /// Names another device in the settings.
+    void ReplaceDevice(const std::string& strDevice)
+    {
+        CKorIniFile(m_strIniFile.c_str(), CKorIniFile::PATH_UNCHANGED)
+            .WriteOption("Line", "Device", strDevice.c_str());
+    }
+
     /// What the gateway stored.
     std::string Stored(const char* pszSection, const char* pszOption) const
     {
@@ -77,6 +84,13 @@ TEST(Gateway, RefusesAnUnknownArgument)
     EXPECT_TRUE(Holds(oResult.strErr, "unknown argument -x")) << oResult.strErr;
 }
 
+TEST(Gateway, RefusesAnIniFileWithoutName)
+{
+    const ChildResult oResult = RunProgram({GATEWAY_PROGRAM, "-once", "-c"});
+    EXPECT_EQ(2, oResult.nExitStatus);
+    EXPECT_TRUE(Holds(oResult.strErr, "-c needs a file")) << oResult.strErr;
+}
+
 TEST(Gateway, WritesItsIniFileBesideTheProgramOnTheFirstStart)
 {
     const ScratchDir oDir;
@@ -86,7 +100,7 @@ TEST(Gateway, WritesItsIniFileBesideTheProgramOnTheFirstStart)
         "cd " + oDir.File("elsewhere") + " && " + oDir.File("gateway.bin") + " -once";
     const ChildResult oResult = RunProgram({"sh", "-c", strStart});
     EXPECT_EQ(1, oResult.nExitStatus);
-    EXPECT_TRUE(Holds(oResult.strOut, "cannot open the serial device /dev/ttyAM0"));
+    EXPECT_TRUE(Holds(oResult.strOut, "cannot open /dev/ttyAM0: No such file or directory"));
     const std::string strFile = ReadFile(oDir.File("gateway.ini"));
     EXPECT_EQ(0U, strFile.find("# Settings of the gateway.")) << strFile;
     EXPECT_TRUE(Holds(strFile, "\nBaudrate=9600 # bit/s"));
@@ -172,6 +186,36 @@ TEST(Gateway, OutlivesAMeterThatHangsUp)
     EXPECT_EQ("1000.014", oPair.Stored("Reading", "Energy"));
 }
 
+TEST(Gateway, ReopensALineThatWasReplaced)
+{
+    GatewayAndMeter oPair({"-hangup", "-every", "3"}, "50");
+    const std::string strLink = oPair.m_oDir.File("line");
+    std::filesystem::create_symlink(oPair.m_strDevice, strLink);
+    oPair.ReplaceDevice(strLink);
+    ChildProcess oGateway(oPair.Gateway());
+    ASSERT_TRUE(oGateway.WaitForOutput("no reading")) << oGateway.OutputSoFar();
+
+    ChildProcess oNewMeter(std::vector<std::string>{METER_PROGRAM});
+    ASSERT_TRUE(oNewMeter.WaitForOutput("\n"));
+    const std::string strOutput = oNewMeter.OutputSoFar();
+    std::filesystem::remove(strLink);
+    std::filesystem::create_symlink(strOutput.substr(0, strOutput.find('\n')), strLink);
+    EXPECT_TRUE(oGateway.WaitForOutput("1000.035 kWh")) << oGateway.OutputSoFar();
+    EXPECT_TRUE(Holds(oGateway.OutputSoFar(), "opened " + strLink + " again"));
+    oGateway.Signal(SIGTERM);
+    EXPECT_EQ(0, oGateway.Wait().nExitStatus);
+}
+
+TEST(Gateway, CanBeEndedBetweenTheRepetitionsToASilentMeter)
+{
+    const GatewayAndMeter oPair({"-silent"}, "2000");
+    ChildProcess oGateway(oPair.Gateway({"-once", "-v"}));
+    ASSERT_TRUE(oGateway.WaitForOutput(" sent\n"));
+    oGateway.Signal(SIGTERM);
+    EXPECT_EQ(0, oGateway.Wait().nExitStatus);
+    EXPECT_FALSE(Holds(oGateway.Wait().strOut, "no reading")) << oGateway.Wait().strOut;
+}
+
 TEST(Gateway, ShowsEachTelegramWhenAsked)
 {
     const GatewayAndMeter oPair({});
@@ -210,7 +254,10 @@ TEST(Gateway, NamesASettingThatMakesNoSense)
         {"[Meter]\nStation=0\n", "[Meter] Station"},
         {"[Meter]\nPollInterval=1s\n", "[Meter] PollInterval"},
         {"[Meter]\nTimeout=\n", "[Meter] Timeout"},
+        {"[Meter]\nTimeout=10001\n", "[Meter] Timeout"},
         {"[Meter]\nRetries=-1\n", "[Meter] Retries"},
+        {"[Meter]\nRetries=11\n", "[Meter] Retries"},
+        {"[Counters]\nPolls=x\n", "[Counters] Polls"},
     };
     const ScratchDir oDir;
     for (const auto& [pszContent, pszComplaint] : aSettings) {
