@@ -29,6 +29,10 @@ install(FILES
   DESTINATION ${tarvo_package_dir})
 
 # The package can be moved: the prefix is told from where the file lies.
-file(RELATIVE_PATH tarvo_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+  OUTPUT_VARIABLE tarvo_pc_to_prefix)
 configure_file(cmake/tarvo-ext.pc.in tarvo-ext.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tarvo-ext.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs FILES_MATCHING PATTERN "*.md")

@@ -122,7 +122,8 @@ long long CKorFile::Seek(unsigned long long nOffset, unsigned int nOrigin)
         return -1;
     }
     if (nPosition > INT32_MAX) {
-        m_nLastError = EOVERFLOW;
+        errno = EOVERFLOW;
+        SetLastError();
         return -1;
     }
     return nPosition;
@@ -230,6 +231,7 @@ bool CKorFile::GetStatus(const char* pszPath, CKorFileStatus& oStatus)
     oStatus.m_oATime = static_cast<long>(oBuffer.st_atime);
     oStatus.m_oMTime = static_cast<long>(oBuffer.st_mtime);
     oStatus.m_nAttribute = oBuffer.st_mode;
+    // Assigned seconds are always valid; a time that would not be is that of the last change.
     if (!oStatus.m_oCTime.IsTimeValid())
         oStatus.m_oCTime = oStatus.m_oMTime;
     if (!oStatus.m_oATime.IsTimeValid())

@@ -13,6 +13,8 @@
 /// The times are stamps rather than dates: each is 1970-01-01 moved by 10 us, not by a second,
 /// for each second that the file system counts since then, in a product of 32 bits. Another stamp
 /// tells that the file was touched since; which of two is the later one does not show.
+///
+/// A plain record without locks.
 class TARVO_EXT_API CKorFileStatus
 {
 public:

@@ -24,7 +24,8 @@ public:
     /// Starts a program and forgets it: nobody waits for it, and the caller learns neither its
     /// process id nor whether it could be started. A child that could not start the program ends
     /// with exit status 255, without running the caller's exit handlers. The calling thread is
-    /// suspended until the program runs or the child has ended.
+    /// suspended until the program runs or the child has ended. Without a file or without arguments
+    /// the child ends with 255 too.
     /// @param pszFile    the program, searched along `PATH` when it holds no slash
     /// @param ppszArgs   its arguments, the program name first, a null pointer last; the caller's
     ///                   open descriptors and environment are inherited

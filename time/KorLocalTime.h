@@ -13,6 +13,8 @@
 /// Stored is the UTC instant; what calendar queries and comparisons see is the local clock: UTC
 /// plus the zone.
 ///
+/// A zone beyond 596 hours wraps when the clock is read: its milliseconds have 32 bits.
+///
 /// Beware of the base class: AddTime(), SubTime(), CutOffParts(), SetDate(), reading from a stream
 /// and the base's operator+=() and operator-=() store a local clock reading as UTC, so each call
 /// moves the time by its zone. The operators of this class do not.
@@ -71,7 +73,8 @@ public:
 
     /// The system's current zone in hours, daylight saving included: what ftime() says, and where
     /// it knows nothing (zone 0 without daylight saving) the C library's zone data. Half hours
-    /// are cut toward Greenwich. May be called from any thread.
+    /// are cut toward Greenwich. May be called from any thread while none changes the environment,
+    /// from which the zone data is chosen.
     static int GetCurrentTimezone();
 
     /// The system clock's instant in milliseconds, in the system's current zone; valid.

@@ -103,7 +103,8 @@ public:
     long long GetTotalNanoSeconds() const;
     /// @}
 
-    /// GetTotalMicroSeconds() as seconds and microseconds.
+    /// GetTotalMicroSeconds() as seconds and microseconds. Seconds beyond the platform's `time_t`
+    /// wrap.
     timeval GetTimeval() const;
 
     /// The sum.
@@ -149,7 +150,7 @@ public:
     void CutOffParts(ETimeDiffPart ePart);
 
     /// Sets the format in which a stream writes and reads spans from now on; #eDiffMilliSeconds
-    /// holds for a stream that was never given one.
+    /// holds for a stream that was never given one. May be called from any thread.
     /// @return the stream
     static std::ios_base& SetDiffTimeFlag(std::ios_base& oStream, EDiffFormat eFormat);
 

@@ -21,9 +21,9 @@
 /// whether the time is valid or not.
 ///
 /// For derived classes: every calendar and clock query reads the time through GetLocaltime() and
-/// GetHighResolutionLocaltime() and everything that changes it writes through
-/// SetHighResolutionLocaltime(); whoever overrides them shifts the clock that users see. Only the
-/// comparisons look at #m_oTime itself.
+/// GetHighResolutionLocaltime(); dates, spans and cuts are written through
+/// SetHighResolutionLocaltime(). Whoever overrides them shifts the clock that users see. Only the
+/// comparisons and the assignment of seconds look at #m_oTime itself.
 ///
 /// Times are plain values without locks: one object must not be changed by one thread while
 /// another uses it, different objects are independent.
@@ -127,7 +127,7 @@ public:
     /// 0, so that a time without a date comes out as an invalid one of year 0. Whether the text
     /// made sense shows in IsTimeValid(). Reading on after the end of the input fails the stream:
     /// its fail bit alone is set then, and the time is not valid. An unknown format reads nothing
-    /// and leaves the time as it is.
+    /// but leading white space and leaves the time as it is.
     /// @return the stream
     virtual std::istream& GetStream(std::istream& oStream);
 
@@ -263,11 +263,11 @@ public:
     /// @}
 
     /// The span since 1970-01-01 00:00 on the clock of this class, in seconds and microseconds;
-    /// meaningless for an earlier time.
+    /// meaningless for an earlier time. On a board with 32-bit `time_t` it wraps in 2038.
     timeval GetTimeval() const;
 
     /// Sets the format in which a stream writes and reads times from now on; #eDateTimeMs holds
-    /// for a stream that was never given one.
+    /// for a stream that was never given one. May be called from any thread.
     /// @return the stream
     static std::ios_base& SetTimeFlag(std::ios_base& oStream, ETimeFormat eFormat);
 

@@ -512,6 +512,7 @@ TEST_F(KorFile, ReportsAPositionBeyond2GiBAsOverflow)
 {
     Resize(3 * GIB);
     EXPECT_EQ(-1, m_oFile.SeekToEnd());
+    EXPECT_EQ(EOVERFLOW, errno);
     EXPECT_EQ(EOVERFLOW, m_oFile.m_nLastError);
 
     m_oFile.m_nLastError = 0;

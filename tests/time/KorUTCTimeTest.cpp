@@ -45,7 +45,7 @@ YearMonthDay DateOf(const CKorUTCTime& oTime)
     return oDate;
 }
 
-TEST(KorUTCTime, HasTheDocumentedNumbers)
+TEST(KorUTCTime, HasItsNumbers)
 {
     EXPECT_EQ(1, CKorUTCTime::ePartYear);
     EXPECT_EQ(2, CKorUTCTime::ePartMonth);
