@@ -1,7 +1,8 @@
 # Settings that every target of this project shares.
 
+# -Wno-psabi: on 32-bit ARM GCC would remark on what it passed otherwise before version 7.
 set(tarvo_warnings -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor
-  -Wold-style-cast $<$<BOOL:${TARVO_WARNINGS_AS_ERRORS}>:-Werror>)
+  -Wold-style-cast -Wno-psabi $<$<BOOL:${TARVO_WARNINGS_AS_ERRORS}>:-Werror>)
 
 set(tarvo_exports ${CMAKE_CURRENT_LIST_DIR}/exports.version)
 
