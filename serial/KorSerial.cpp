@@ -10,10 +10,8 @@
 #include <utility>
 
 // The owner may open the port anew, or change the time-out, while the receive thread looks.
-static_assert(sizeof(std::atomic<int>) == sizeof(int) && std::atomic<int>::is_always_lock_free,
-              "atomic members keep the layout of plain ones");
-static_assert(sizeof(std::atomic<unsigned int>) == sizeof(unsigned int) &&
-                  std::atomic<unsigned int>::is_always_lock_free,
+static_assert(sizeof(std::atomic<int>) == sizeof(int) &&
+                  sizeof(std::atomic<unsigned int>) == sizeof(unsigned int),
               "atomic members keep the layout of plain ones");
 
 namespace
