@@ -76,7 +76,10 @@ CIniChecker::Remarks CIniChecker::CheckLine(const std::string& strLine)
     } else if (!strOption.empty()) {
         CheckCharacters(strLine, strOption, pLine->m_strValue, vecRemarks);
         if (m_apOptionLines.size() > nLines + 1) {
-            m_mapLineNumbers[*FindOption(m_strSection.c_str(), strOption.c_str())] = m_nLine;
+            // A zero byte in a name ends it for the search, which then finds nothing.
+            const auto itCopy = FindOption(m_strSection.c_str(), strOption.c_str());
+            if (itCopy != m_apOptionLines.end())
+                m_mapLineNumbers[*itCopy] = m_nLine;
             vecRemarks.push_back(strOpened + ": option " + Quoted(strOption) + " moves there");
         } else if (oPlaced.m_strOption.empty()) {
             vecRemarks.push_back(strSet + ": this line becomes a comment");

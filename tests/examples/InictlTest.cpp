@@ -206,6 +206,18 @@ TEST_F(Inictl, TellsWhatBecomesOfOddLines)
               oResult.strOut);
 }
 
+TEST_F(Inictl, ChecksAMovedOptionWithAZeroByteInItsName)
+{
+    WriteFile(m_strFile, std::string("[A]\n[B]\n[A]\na\0b=1\n", 18));
+    const ChildResult oResult = Run({"check", "FILE"});
+    EXPECT_EQ(1, oResult.nExitStatus);
+    const std::string strLine = m_strFile + ":";
+    const std::string strOpened = "section \"A\" was opened in line 1: ";
+    EXPECT_EQ(strLine + "3: " + strOpened + "this header becomes a comment\n" + strLine +
+                  "4: " + strOpened + "option \"a" + '\0' + "b\" moves there\n",
+              oResult.strOut);
+}
+
 TEST_F(Inictl, ChecksWithTheCaseRule)
 {
     WriteFile(m_strFile, "[A]\nx=1\nX=2\n[a]\n");
