@@ -145,7 +145,7 @@ int Set(CKorIniFile& oFile, const Words& vecOperands)
     if (!CanStandInIniFile(vecOperands[1], vecOperands[2], strValue))
         return Fail("section, option or value would not read back the same: line feeds and \"#\" "
                     "cannot be stored, nor \"]\" in a section, nor \"=\", a leading \"[\" or white "
-                    "space around it in an option",
+                    "space around it in an option, nor double quotes around a value",
                     STATUS_ERROR);
     if (!CanOpen(vecOperands[0], O_RDWR | O_CREAT))
         return STATUS_ERROR;

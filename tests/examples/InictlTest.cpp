@@ -116,6 +116,14 @@ TEST_F(Inictl, SetQuotesWhereThereIsWhiteSpace)
     EXPECT_EQ(" two words \n", Run({"get", "FILE", "S", "a"}).strOut);
 }
 
+TEST_F(Inictl, SetKeepsQuotesThatDoNotEncloseTheValue)
+{
+    for (const std::string strValue : {"\"", "\"x", "x\"", "\"a\" b", "say \"x y\""}) {
+        EXPECT_EQ(0, Run({"set", "FILE", "S", "a", strValue}).nExitStatus) << strValue;
+        EXPECT_EQ(strValue + "\n", Run({"get", "FILE", "S", "a"}).strOut);
+    }
+}
+
 TEST_F(Inictl, TakesOperandsThatLookLikeOptions)
 {
     EXPECT_EQ(0, Run({"set", "FILE", "-s", "-a", "-c"}).nExitStatus);
@@ -136,6 +144,8 @@ TEST_F(Inictl, RefusesWhatWouldNotReadBackTheSame)
     ExpectError({"set", "FILE", "S", "a#", "x"}, strError);
     ExpectError({"set", "FILE", "S]", "a", "x"}, strError);
     ExpectError({"set", "FILE", "S#", "a", "x"}, strError);
+    for (const char* pszQuoted : {"\"x\"", "\"x y\"", "\"\"", "\"\"x\"\"", "\"a\" b \"c\""})
+        ExpectError({"set", "FILE", "S", "a", pszQuoted}, strError);
     EXPECT_EQ("a = 1\n", Content());
 }
 
