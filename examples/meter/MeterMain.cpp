@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -29,6 +30,9 @@ usage: meter.bin [OPTION...]
   -help       print this text
 )";
 
+constexpr unsigned int ANY_NUMBER = std::numeric_limits<unsigned int>::max();
+constexpr int EXIT_WRONG_USAGE = 2;
+
 /// What the other side has not read when the line closes is lost.
 constexpr unsigned int TIME_FOR_LAST_ANSWER_MS = 100;
 
@@ -43,22 +47,22 @@ public:
         Flag(*pExchange, "badcrc", m_oDisturbance.bBadCrc);
         Flag(*pExchange, "silent", m_oDisturbance.bSilent);
         Flag(*pExchange, "hangup", m_oDisturbance.bHangUp);
-        Number(*pExchange, "station", m_nStation);
-        Number(*pExchange, "late", m_oDisturbance.nLateMs);
-        Number(*pExchange, "every", m_oDisturbance.nEvery);
-        Number(*pExchange, "count", m_nCount);
+        Number(*pExchange, "station", 1, 247, m_nStation);
+        Number(*pExchange, "late", 0, ANY_NUMBER, m_oDisturbance.nLateMs);
+        Number(*pExchange, "every", 1, ANY_NUMBER, m_oDisturbance.nEvery);
+        Number(*pExchange, "count", 0, ANY_NUMBER, m_nCount);
         CheckLeftOver(*pExchange);
     }
 
     bool Initialize() override
     {
-        const bool bUsable =
-            m_bUsable && m_nStation >= 1 && m_nStation <= 247 && m_oDisturbance.nEvery >= 1;
-        if (!m_bHelp && bUsable)
-            return true;
-        (m_bHelp ? std::cout : std::cerr) << HELP;
-        m_nExitStatus = m_bHelp ? EXIT_SUCCESS : EXIT_FAILURE;
-        return false;
+        if (m_bHelp) {
+            std::cout << HELP;
+        } else if (!m_strWrongUsage.empty()) {
+            std::cerr << "meter: " << m_strWrongUsage << "; see meter.bin -help\n";
+            m_nExitStatus = EXIT_WRONG_USAGE;
+        }
+        return !m_bHelp && m_strWrongUsage.empty();
     }
 
     void Run() override
@@ -107,15 +111,23 @@ private:
             bFlag = oExchange.GetParameter(pszName, false, strValue);
     }
 
-    void Number(CKorCmdLineExchange& oExchange, const char* pszName, unsigned int& nNumber)
+    void Number(CKorCmdLineExchange& oExchange, const char* pszName, unsigned int nMin,
+                unsigned int nMax, unsigned int& nNumber)
     {
         std::string strValue;
         oExchange.AddParamDescription(pszName, true);
         if (!oExchange.IsInitialized() || !oExchange.GetParameter(pszName, true, strValue))
             return;
-        nNumber = static_cast<unsigned int>(std::strtoul(strValue.c_str(), nullptr, 10));
-        if (strValue.empty() || strValue.find_first_not_of("0123456789") != std::string::npos)
-            m_bUsable = false;
+        // 64 bits on every machine; what does not fit into them reads as the greatest number.
+        const unsigned long long nRead = std::strtoull(strValue.c_str(), nullptr, 10);
+        const bool bDigits =
+            !strValue.empty() && strValue.find_first_not_of("0123456789") == std::string::npos;
+        if (bDigits && nRead >= nMin && nRead <= nMax)
+            nNumber = static_cast<unsigned int>(nRead);
+        else
+            m_strWrongUsage = "-" + std::string(pszName) + " \"" + strValue +
+                              "\": not a number from " + std::to_string(nMin) + " to " +
+                              std::to_string(nMax);
     }
 
     void CheckLeftOver(CKorCmdLineExchange& oExchange)
@@ -124,11 +136,11 @@ private:
         std::string strLeftOver;
         if (oExchange.IsInitialized() && oExchange.GetParameter("", false, strProgram) &&
             oExchange.GetParameter("", false, strLeftOver))
-            m_bUsable = false;
+            m_strWrongUsage = "unknown argument " + strLeftOver;
     }
 
     bool m_bHelp = false;
-    bool m_bUsable = true;
+    std::string m_strWrongUsage; // what is wrong with the arguments; empty: nothing
     unsigned int m_nStation = 1;
     unsigned int m_nCount = 0;
     MeterDisturbance m_oDisturbance;

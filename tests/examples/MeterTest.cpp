@@ -198,15 +198,35 @@ TEST(Meter, ExplainsItself)
     const ChildResult oHelp = RunProgram(CommandLine({"-help"}));
     EXPECT_EQ(0, oHelp.nExitStatus);
     EXPECT_NE(std::string::npos, oHelp.strOut.find("-station N"));
+}
 
-    const std::vector<std::vector<std::string>> vecWrong = {
-        {"-station", "0"}, {"-station", "248"}, {"-every", "0"}, {"-late", "x"},
-        {"-late"},         {"-unknown"},        {"leftover"}};
-    for (const std::vector<std::string>& vecOptions : vecWrong) {
-        const ChildResult oRefused = RunProgram(CommandLine(vecOptions));
-        EXPECT_EQ(1, oRefused.nExitStatus) << vecOptions[0];
+TEST(Meter, NamesTheArgumentThatItRefuses)
+{
+    const std::string strStation = ": not a number from 1 to 247";
+    const std::string strEvery = ": not a number from 1 to 4294967295";
+    const std::string strLate = ": not a number from 0 to 4294967295";
+    struct SWrong
+    {
+        std::vector<std::string> vecOptions;
+        std::string strReason;
+    };
+    const SWrong aoWrong[] = {
+        {{"-station", "0"}, "-station \"0\"" + strStation},
+        {{"-station", "248"}, "-station \"248\"" + strStation},
+        {{"-station", "4294967297"}, "-station \"4294967297\"" + strStation},
+        {{"-station", "18446744073709551617"}, "-station \"18446744073709551617\"" + strStation},
+        {{"-station", "-1"}, "-station \"-1\"" + strStation},
+        {{"-every", "0"}, "-every \"0\"" + strEvery},
+        {{"-late", "x"}, "-late \"x\"" + strLate},
+        {{"-late"}, "-late \"\"" + strLate},
+        {{"-late", "4294967296"}, "-late \"4294967296\"" + strLate},
+        {{"-unknown"}, "unknown argument -unknown"},
+        {{"leftover"}, "unknown argument leftover"}};
+    for (const SWrong& oWrong : aoWrong) {
+        const ChildResult oRefused = RunProgram(CommandLine(oWrong.vecOptions));
+        EXPECT_EQ(2, oRefused.nExitStatus) << oWrong.strReason;
         EXPECT_EQ("", oRefused.strOut);
-        EXPECT_EQ(oHelp.strOut, oRefused.strErr);
+        EXPECT_EQ("meter: " + oWrong.strReason + "; see meter.bin -help\n", oRefused.strErr);
     }
 }
 
