@@ -2,7 +2,6 @@
 /// A simulated Modbus RTU meter on a pseudo-terminal of its own.
 
 #include "app/KorConApplication.h"
-#include "base/KorThread.h"
 #include "examples/meter/Meter.h"
 #include "examples/meter/MeterLine.h"
 
@@ -10,7 +9,10 @@
 #include <iostream>
 #include <limits>
 #include <optional>
+#include <poll.h>
+#include <signal.h>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -35,6 +37,26 @@ constexpr int EXIT_WRONG_USAGE = 2;
 
 /// What the other side has not read when the line closes is lost.
 constexpr unsigned int TIME_FOR_LAST_ANSWER_MS = 100;
+
+// SIGINT and SIGTERM finalize the program from their handler, which prints. They come in only while
+// the program waits, never in the middle of printing or of an answer.
+void BlockEndSignals()
+{
+    sigset_t oSignals;
+    sigemptyset(&oSignals);
+    sigaddset(&oSignals, SIGINT);
+    sigaddset(&oSignals, SIGTERM);
+    sigprocmask(SIG_BLOCK, &oSignals, nullptr);
+}
+
+void Wait(unsigned int nMilliseconds)
+{
+    const timespec oTime = {static_cast<time_t>(nMilliseconds / 1000),
+                            static_cast<long>(nMilliseconds % 1000) * 1000000L};
+    sigset_t oNoSignals;
+    sigemptyset(&oNoSignals);
+    ppoll(nullptr, 0, &oTime, &oNoSignals);
+}
 
 class MeterApplication : public CKorConApplication
 {
@@ -76,14 +98,14 @@ public:
         m_oMeter.emplace(static_cast<std::uint8_t>(m_nStation), m_oDisturbance);
         std::cout << oLine.DeviceName() << std::endl;
         Serve(oLine);
-        CKorThread::Sleep(0, TIME_FOR_LAST_ANSWER_MS);
+        Wait(TIME_FOR_LAST_ANSWER_MS);
     }
 
-    // Also called from the signal handler, in the middle of anything.
+    // Also called from the signal handler, while the program waits.
     int Finalize() override
     {
-        if (m_oMeter)
-            std::cout << "Served " << m_oMeter->Requests() << " requests, " << m_oMeter->Disturbed()
+        if (const auto oMeter = std::exchange(m_oMeter, std::nullopt))
+            std::cout << "Served " << oMeter->Requests() << " requests, " << oMeter->Disturbed()
                       << " of them disturbed." << std::endl;
         return m_nExitStatus;
     }
@@ -95,7 +117,7 @@ private:
         while (oLine.IsOpen() && (m_nCount == 0 || m_oMeter->Requests() < m_nCount) &&
                oLine.Receive(MODBUS_REQUEST_LENGTH, strRequest)) {
             const MeterAnswer oAnswer = m_oMeter->Answer(strRequest);
-            CKorThread::Sleep(0, oAnswer.nDelayMs);
+            Wait(oAnswer.nDelayMs);
             if (oAnswer.bHangUp)
                 oLine.HangUp();
             else
@@ -152,6 +174,7 @@ private:
 
 int main(int argc, char** argv)
 {
+    BlockEndSignals();
     MeterApplication oApplication;
     return oApplication.Start(argc, argv);
 }
