@@ -198,7 +198,7 @@ int Check(CKorIniFile& oFile, const Words& vecOperands)
 {
     if (!CanOpen(vecOperands[0], O_RDONLY))
         return STATUS_ERROR;
-    CIniChecker oChecker(oFile);
+    CIniChecker oChecker(oFile.IsCaseSensitiv());
     std::istringstream oContent(FileContent(vecOperands[0]));
     std::string strLine;
     int nStatus = STATUS_DONE;
