@@ -46,52 +46,78 @@ void CheckCharacters(const std::string& strLine, const std::string& strOption,
 
 } // namespace
 
-CIniChecker::CIniChecker(CKorIniFile& oFile)
-{
-    m_pIniFile = &oFile;
-}
+CIniChecker::CIniChecker(bool bCaseSensitive) : m_bCaseSensitive(bCaseSensitive) {}
 
 CIniChecker::Remarks CIniChecker::CheckLine(const std::string& strLine)
 {
+    using SOptionLine = CKorIniOptionExchange::SOptionLine;
+
     ++m_nLine;
     Remarks vecRemarks;
-    const std::unique_ptr<SOptionLine> pLine(CreateOptionLine(strLine, m_strSection));
+    const std::unique_ptr<SOptionLine> pLine(m_oReader.CreateOptionLine(strLine, m_strSection));
     if (pLine == nullptr)
         return vecRemarks;
 
-    const std::string& strOption = pLine->m_strOption;
-    const std::string strOpened =
-        "section " + Quoted(m_strSection) + " was opened in " + LineOf("");
-    const std::string strSet = "option " + Quoted(strOption) + " is set in " + LineOf(strOption);
-
-    const size_t nLines = m_apOptionLines.size();
-    AddOptionLine(strLine, m_strSection);
-    const SOptionLine& oPlaced = *m_apOptionLines.back();
-    m_mapLineNumbers[&oPlaced] = m_nLine;
-
     if (pLine->m_bSection) {
         CheckBrackets(strLine, m_strSection, vecRemarks);
-        if (!oPlaced.m_bSection)
-            vecRemarks.push_back(strOpened + ": this header becomes a comment");
-    } else if (!strOption.empty()) {
-        CheckCharacters(strLine, strOption, pLine->m_strValue, vecRemarks);
-        if (m_apOptionLines.size() > nLines + 1) {
-            m_mapLineNumbers[*FindOption(m_strSection.c_str(), strOption.c_str())] = m_nLine;
-            vecRemarks.push_back(strOpened + ": option " + Quoted(strOption) + " moves there");
-        } else if (oPlaced.m_strOption.empty()) {
-            vecRemarks.push_back(strSet + ": this line becomes a comment");
-        }
-    } else if (pLine->m_strComment.front() != '#') {
-        vecRemarks.emplace_back("no option: kept as it is");
+        CheckPlace("", vecRemarks);
+    } else if (!pLine->m_strOption.empty()) {
+        CheckCharacters(strLine, pLine->m_strOption, pLine->m_strValue, vecRemarks);
+        CheckPlace(pLine->m_strOption, vecRemarks);
+    } else {
+        Place("");
+        if (pLine->m_strComment.front() != '#')
+            vecRemarks.emplace_back("no option: kept as it is");
     }
     return vecRemarks;
 }
 
-/// Where the option is that was read last in the current section; where the section began for an
-/// empty name.
-std::string CIniChecker::LineOf(const std::string& strOption)
+/// Places an option; a header for an empty name.
+void CIniChecker::CheckPlace(const std::string& strOption, Remarks& vecRemarks)
 {
-    const auto itLine = FindOption(m_strSection.c_str(), strOption.c_str());
-    return itLine != m_apOptionLines.end() ? "line " + std::to_string(m_mapLineNumbers[*itLine])
-                                           : "an earlier line";
+    const size_t nOpened = LineOf("");
+    const std::string strOpened =
+        "section " + Quoted(m_strSection) + " was opened in line " + std::to_string(nOpened) + ": ";
+    const size_t nSet = LineOf(strOption);
+
+    if (nSet != 0 && strOption.empty()) {
+        vecRemarks.push_back(strOpened + "this header becomes a comment");
+    } else if (nSet != 0) {
+        vecRemarks.push_back("option " + Quoted(strOption) + " is set in line " +
+                             std::to_string(nSet) + ": this line becomes a comment");
+    } else if (nOpened != 0 && m_strSection != m_strLastSection) {
+        m_mapFirstLines[NameOf(strOption)] = m_nLine;
+        vecRemarks.push_back(strOpened + "option " + Quoted(strOption) + " moves there");
+    } else {
+        Place(strOption);
+    }
+}
+
+/// Takes the line as it stands.
+void CIniChecker::Place(const std::string& strOption)
+{
+    m_mapFirstLines.try_emplace(NameOf(""), m_nLine);
+    m_mapFirstLines.try_emplace(NameOf(strOption), m_nLine);
+    if (!m_strSection.empty())
+        m_strLastSection = m_strSection;
+}
+
+/// Where the option of the current section is, or where the section began for an empty name; 0
+/// when it is nowhere.
+size_t CIniChecker::LineOf(const std::string& strOption) const
+{
+    const auto itLine = m_mapFirstLines.find(NameOf(strOption));
+    return itLine != m_mapFirstLines.end() ? itLine->second : 0;
+}
+
+CIniChecker::Name CIniChecker::NameOf(const std::string& strOption) const
+{
+    Name oName(m_strSection, strOption);
+    if (m_bCaseSensitive)
+        return oName;
+    for (std::string* const pText : {&oName.first, &oName.second}) {
+        for (char& c : *pText)
+            c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return oName;
 }

@@ -34,20 +34,23 @@ std::string CIniDocument::Text() const
 }
 
 bool CanStandInIniFile(const std::string& strSection, const std::string& strOption,
-                       std::string strValue)
+                       const std::string& strValue)
 {
     using SOptionLine = CKorIniOptionExchange::SOptionLine;
 
-    KorQuoteString(strValue, true);
+    std::string strWritten = strValue;
+    KorQuoteString(strWritten, true);
     CKorIniOptionExchange oReader;
     std::string strReadSection;
     const std::unique_ptr<SOptionLine> pHeader(
         oReader.CreateOptionLine("[" + strSection + "]", strReadSection));
     const std::unique_ptr<SOptionLine> pOption(
-        oReader.CreateOptionLine(strOption + "=" + strValue, strReadSection));
+        oReader.CreateOptionLine(strOption + "=" + strWritten, strReadSection));
+    std::string strRead = pOption->m_strValue;
+    KorDeQuoteString(strRead);
     return (strSection + strOption + strValue).find('\n') == std::string::npos &&
            strReadSection == strSection && pOption->m_strOption == strOption &&
-           pOption->m_strValue == strValue && pOption->m_strComment.empty();
+           strRead == strValue && pOption->m_strComment.empty();
 }
 
 std::string FileContent(const std::string& strFile)

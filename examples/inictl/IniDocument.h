@@ -24,7 +24,7 @@ private:
 
 /// Whether an INI file with these names and this value reads back the same.
 bool CanStandInIniFile(const std::string& strSection, const std::string& strOption,
-                       std::string strValue);
+                       const std::string& strValue);
 
 /// All bytes of a file that can be read.
 std::string FileContent(const std::string& strFile);

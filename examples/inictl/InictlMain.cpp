@@ -145,7 +145,7 @@ int Set(CKorIniFile& oFile, const Words& vecOperands)
     if (!CanStandInIniFile(vecOperands[1], vecOperands[2], strValue))
         return Fail("section, option or value would not read back the same: line feeds and \"#\" "
                     "cannot be stored, nor \"]\" in a section, nor \"=\", a leading \"[\" or white "
-                    "space around it in an option",
+                    "space around it in an option, nor double quotes around a value",
                     STATUS_ERROR);
     if (!CanOpen(vecOperands[0], O_RDWR | O_CREAT))
         return STATUS_ERROR;
@@ -198,7 +198,7 @@ int Check(CKorIniFile& oFile, const Words& vecOperands)
 {
     if (!CanOpen(vecOperands[0], O_RDONLY))
         return STATUS_ERROR;
-    CIniChecker oChecker(oFile);
+    CIniChecker oChecker(oFile.IsCaseSensitiv());
     std::istringstream oContent(FileContent(vecOperands[0]));
     std::string strLine;
     int nStatus = STATUS_DONE;

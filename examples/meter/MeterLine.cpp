@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <termios.h>
 #include <unistd.h>
@@ -10,7 +11,7 @@
 namespace
 {
 
-constexpr int PAUSE_MS = 50;
+constexpr timespec PAUSE = {0, 50 * 1000000L};
 
 void CloseDescriptor(int& nDescriptor)
 {
@@ -34,7 +35,8 @@ MeterLine::~MeterLine()
 
 bool MeterLine::Open()
 {
-    m_nFarEnd = posix_openpt(O_RDWR | O_NOCTTY);
+    // Sending to a client that does not read must not wait, as no signal would end that.
+    m_nFarEnd = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
     char szName[64];
     if (m_nFarEnd == -1 || grantpt(m_nFarEnd) != 0 || unlockpt(m_nFarEnd) != 0 ||
         ptsname_r(m_nFarEnd, szName, sizeof szName) != 0)
@@ -51,10 +53,12 @@ bool MeterLine::Open()
 
 bool MeterLine::Receive(std::size_t nLength, std::string& strTelegram)
 {
+    sigset_t oNoSignals;
+    sigemptyset(&oNoSignals);
     strTelegram.clear();
     while (strTelegram.size() < nLength) {
         pollfd oFarEnd = {m_nFarEnd, POLLIN, 0};
-        const int nReady = poll(&oFarEnd, 1, strTelegram.empty() ? -1 : PAUSE_MS);
+        const int nReady = ppoll(&oFarEnd, 1, strTelegram.empty() ? nullptr : &PAUSE, &oNoSignals);
         if (nReady == -1 && errno == EINTR)
             continue;
         if (nReady == -1)

@@ -22,7 +22,7 @@ public:
     const std::string& DeviceName() const { return m_strDeviceName; }
 
     /// Receives a telegram of @p nLength bytes from the open line. What comes in pieces with longer
-    /// pauses between them is no telegram and is dropped.
+    /// pauses between them is no telegram and is dropped. All signals come in while it waits.
     /// @param nLength           how many bytes
     /// @param[out] strTelegram  the telegram
     /// @return false when the line fails

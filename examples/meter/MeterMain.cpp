@@ -2,14 +2,17 @@
 /// A simulated Modbus RTU meter on a pseudo-terminal of its own.
 
 #include "app/KorConApplication.h"
-#include "base/KorThread.h"
 #include "examples/meter/Meter.h"
 #include "examples/meter/MeterLine.h"
 
 #include <cstdlib>
 #include <iostream>
+#include <limits>
 #include <optional>
+#include <poll.h>
+#include <signal.h>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -29,8 +32,31 @@ usage: meter.bin [OPTION...]
   -help       print this text
 )";
 
+constexpr unsigned int ANY_NUMBER = std::numeric_limits<unsigned int>::max();
+constexpr int EXIT_WRONG_USAGE = 2;
+
 /// What the other side has not read when the line closes is lost.
 constexpr unsigned int TIME_FOR_LAST_ANSWER_MS = 100;
+
+// SIGINT and SIGTERM finalize the program from their handler, which prints. They come in only while
+// the program waits, never in the middle of printing or of an answer.
+void BlockEndSignals()
+{
+    sigset_t oSignals;
+    sigemptyset(&oSignals);
+    sigaddset(&oSignals, SIGINT);
+    sigaddset(&oSignals, SIGTERM);
+    sigprocmask(SIG_BLOCK, &oSignals, nullptr);
+}
+
+void Wait(unsigned int nMilliseconds)
+{
+    const timespec oTime = {static_cast<time_t>(nMilliseconds / 1000),
+                            static_cast<long>(nMilliseconds % 1000) * 1000000L};
+    sigset_t oNoSignals;
+    sigemptyset(&oNoSignals);
+    ppoll(nullptr, 0, &oTime, &oNoSignals);
+}
 
 class MeterApplication : public CKorConApplication
 {
@@ -43,22 +69,22 @@ public:
         Flag(*pExchange, "badcrc", m_oDisturbance.bBadCrc);
         Flag(*pExchange, "silent", m_oDisturbance.bSilent);
         Flag(*pExchange, "hangup", m_oDisturbance.bHangUp);
-        Number(*pExchange, "station", m_nStation);
-        Number(*pExchange, "late", m_oDisturbance.nLateMs);
-        Number(*pExchange, "every", m_oDisturbance.nEvery);
-        Number(*pExchange, "count", m_nCount);
+        Number(*pExchange, "station", 1, 247, m_nStation);
+        Number(*pExchange, "late", 0, ANY_NUMBER, m_oDisturbance.nLateMs);
+        Number(*pExchange, "every", 1, ANY_NUMBER, m_oDisturbance.nEvery);
+        Number(*pExchange, "count", 0, ANY_NUMBER, m_nCount);
         CheckLeftOver(*pExchange);
     }
 
     bool Initialize() override
     {
-        const bool bUsable =
-            m_bUsable && m_nStation >= 1 && m_nStation <= 247 && m_oDisturbance.nEvery >= 1;
-        if (!m_bHelp && bUsable)
-            return true;
-        (m_bHelp ? std::cout : std::cerr) << HELP;
-        m_nExitStatus = m_bHelp ? EXIT_SUCCESS : EXIT_FAILURE;
-        return false;
+        if (m_bHelp) {
+            std::cout << HELP;
+        } else if (!m_strWrongUsage.empty()) {
+            std::cerr << "meter: " << m_strWrongUsage << "; see meter.bin -help\n";
+            m_nExitStatus = EXIT_WRONG_USAGE;
+        }
+        return !m_bHelp && m_strWrongUsage.empty();
     }
 
     void Run() override
@@ -72,14 +98,14 @@ public:
         m_oMeter.emplace(static_cast<std::uint8_t>(m_nStation), m_oDisturbance);
         std::cout << oLine.DeviceName() << std::endl;
         Serve(oLine);
-        CKorThread::Sleep(0, TIME_FOR_LAST_ANSWER_MS);
+        Wait(TIME_FOR_LAST_ANSWER_MS);
     }
 
-    // Also called from the signal handler, in the middle of anything.
+    // Also called from the signal handler, while the program waits.
     int Finalize() override
     {
-        if (m_oMeter)
-            std::cout << "Served " << m_oMeter->Requests() << " requests, " << m_oMeter->Disturbed()
+        if (const auto oMeter = std::exchange(m_oMeter, std::nullopt))
+            std::cout << "Served " << oMeter->Requests() << " requests, " << oMeter->Disturbed()
                       << " of them disturbed." << std::endl;
         return m_nExitStatus;
     }
@@ -91,7 +117,7 @@ private:
         while (oLine.IsOpen() && (m_nCount == 0 || m_oMeter->Requests() < m_nCount) &&
                oLine.Receive(MODBUS_REQUEST_LENGTH, strRequest)) {
             const MeterAnswer oAnswer = m_oMeter->Answer(strRequest);
-            CKorThread::Sleep(0, oAnswer.nDelayMs);
+            Wait(oAnswer.nDelayMs);
             if (oAnswer.bHangUp)
                 oLine.HangUp();
             else
@@ -107,15 +133,23 @@ private:
             bFlag = oExchange.GetParameter(pszName, false, strValue);
     }
 
-    void Number(CKorCmdLineExchange& oExchange, const char* pszName, unsigned int& nNumber)
+    void Number(CKorCmdLineExchange& oExchange, const char* pszName, unsigned int nMin,
+                unsigned int nMax, unsigned int& nNumber)
     {
         std::string strValue;
         oExchange.AddParamDescription(pszName, true);
         if (!oExchange.IsInitialized() || !oExchange.GetParameter(pszName, true, strValue))
             return;
-        nNumber = static_cast<unsigned int>(std::strtoul(strValue.c_str(), nullptr, 10));
-        if (strValue.empty() || strValue.find_first_not_of("0123456789") != std::string::npos)
-            m_bUsable = false;
+        // 64 bits on every machine; what does not fit into them reads as the greatest number.
+        const unsigned long long nRead = std::strtoull(strValue.c_str(), nullptr, 10);
+        const bool bDigits =
+            !strValue.empty() && strValue.find_first_not_of("0123456789") == std::string::npos;
+        if (bDigits && nRead >= nMin && nRead <= nMax)
+            nNumber = static_cast<unsigned int>(nRead);
+        else
+            m_strWrongUsage = "-" + std::string(pszName) + " \"" + strValue +
+                              "\": not a number from " + std::to_string(nMin) + " to " +
+                              std::to_string(nMax);
     }
 
     void CheckLeftOver(CKorCmdLineExchange& oExchange)
@@ -124,11 +158,11 @@ private:
         std::string strLeftOver;
         if (oExchange.IsInitialized() && oExchange.GetParameter("", false, strProgram) &&
             oExchange.GetParameter("", false, strLeftOver))
-            m_bUsable = false;
+            m_strWrongUsage = "unknown argument " + strLeftOver;
     }
 
     bool m_bHelp = false;
-    bool m_bUsable = true;
+    std::string m_strWrongUsage; // what is wrong with the arguments; empty: nothing
     unsigned int m_nStation = 1;
     unsigned int m_nCount = 0;
     MeterDisturbance m_oDisturbance;
@@ -140,6 +174,7 @@ private:
 
 int main(int argc, char** argv)
 {
+    BlockEndSignals();
     MeterApplication oApplication;
     return oApplication.Start(argc, argv);
 }

@@ -99,6 +99,16 @@ TEST(KorConApplication, AnyOtherSignalKeepsItsAction)
     EXPECT_EQ("running ", oResult.strOut);
 }
 
+TEST(KorConApplication, AHangUpKeepsItsDefaultAction)
+{
+    signal(SIGHUP, SIG_DFL); // a test in the background may have been started without
+    const Daemon oDaemon;
+    EXPECT_TRUE(HasDefaultAction(SIGHUP));
+    const ChildResult oResult = EndDaemonWith(SIGHUP);
+    EXPECT_EQ(SIGHUP, oResult.nSignal);
+    EXPECT_EQ("running ", oResult.strOut);
+}
+
 TEST(KorConApplication, TheHandlerIgnoresOtherSignals)
 {
     ChildProcess oChild([] {
@@ -134,9 +144,9 @@ TEST(KorConApplication, AForkedChildIsNeitherFinalizedNorEnded)
         Daemon oDaemon;
         const pid_t nForked = fork();
         if (nForked == 0) {
-            raise(SIGINT);
-            raise(SIGTERM);
-            raise(SIGABRT);
+            // Twice: the handler stays.
+            for (const int nSignal : {SIGINT, SIGTERM, SIGABRT, SIGINT, SIGTERM, SIGABRT})
+                raise(nSignal);
             _exit(42);
         }
         int nStatus = 0;

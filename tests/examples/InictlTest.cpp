@@ -116,6 +116,14 @@ TEST_F(Inictl, SetQuotesWhereThereIsWhiteSpace)
     EXPECT_EQ(" two words \n", Run({"get", "FILE", "S", "a"}).strOut);
 }
 
+TEST_F(Inictl, SetKeepsQuotesThatDoNotEncloseTheValue)
+{
+    for (const std::string strValue : {"\"", "\"x", "x\"", "\"a\" b", "say \"x y\""}) {
+        EXPECT_EQ(0, Run({"set", "FILE", "S", "a", strValue}).nExitStatus) << strValue;
+        EXPECT_EQ(strValue + "\n", Run({"get", "FILE", "S", "a"}).strOut);
+    }
+}
+
 TEST_F(Inictl, TakesOperandsThatLookLikeOptions)
 {
     EXPECT_EQ(0, Run({"set", "FILE", "-s", "-a", "-c"}).nExitStatus);
@@ -136,6 +144,8 @@ TEST_F(Inictl, RefusesWhatWouldNotReadBackTheSame)
     ExpectError({"set", "FILE", "S", "a#", "x"}, strError);
     ExpectError({"set", "FILE", "S]", "a", "x"}, strError);
     ExpectError({"set", "FILE", "S#", "a", "x"}, strError);
+    for (const char* pszQuoted : {"\"x\"", "\"x y\"", "\"\"", "\"\"x\"\"", "\"a\" b \"c\""})
+        ExpectError({"set", "FILE", "S", "a", pszQuoted}, strError);
     EXPECT_EQ("a = 1\n", Content());
 }
 
@@ -204,6 +214,38 @@ TEST_F(Inictl, TellsWhatBecomesOfOddLines)
                   strLine + "10: section \"net\" was opened in line 3: option \"z\" moves there\n" +
                   strLine + "11: option \"z\" is set in line 10: this line becomes a comment\n",
               oResult.strOut);
+}
+
+TEST_F(Inictl, ChecksAMovedOptionWithAZeroByteInItsName)
+{
+    WriteFile(m_strFile, std::string("[A]\n[B]\n[A]\na\0b=1\na\0b=2\n", 24));
+    const ChildResult oResult = Run({"check", "FILE"});
+    EXPECT_EQ(1, oResult.nExitStatus);
+    const std::string strLine = m_strFile + ":";
+    const std::string strName("\"a\0b\"", 5);
+    const std::string strOpened = "section \"A\" was opened in line 1: ";
+    EXPECT_EQ(strLine + "3: " + strOpened + "this header becomes a comment\n" + strLine +
+                  "4: " + strOpened + "option " + strName + " moves there\n" + strLine +
+                  "5: option " + strName + " is set in line 4: this line becomes a comment\n",
+              oResult.strOut);
+}
+
+TEST_F(Inictl, ChecksALongFile)
+{
+    std::string strContent = "[A]\n[B]\n[a]\n";
+    for (int nOption = 0; nOption < 20000; ++nOption)
+        strContent += "x" + std::to_string(nOption) + "=1\n";
+    WriteFile(m_strFile, strContent + "X19999=2\n");
+    const std::string strOut = Run({"check", "FILE"}).strOut;
+    const std::string strLine = m_strFile + ":";
+    const std::string strLast = strLine +
+                                "20003: section \"a\" was opened in line 1: option "
+                                "\"x19999\" moves there\n" +
+                                strLine +
+                                "20004: option \"X19999\" is set in line 20003: this "
+                                "line becomes a comment\n";
+    ASSERT_GT(strOut.size(), strLast.size());
+    EXPECT_EQ(strLast, strOut.substr(strOut.size() - strLast.size()));
 }
 
 TEST_F(Inictl, ChecksWithTheCaseRule)

@@ -1,11 +1,14 @@
+#include "base/KorThread.h"
 #include "examples/modbus/ModbusRtuClient.h"
 #include "serial/KorSerial.h"
 #include "tests/support/ChildProcess.h"
 
 #include <cstdint>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace
@@ -193,20 +196,107 @@ TEST(Meter, EndsAfterTheNumberOfRequestsAskedFor)
     EXPECT_EQ("Served 2 requests, 0 of them disturbed.\n", oMeter.Summary());
 }
 
+TEST(Meter, EndsWhileItsAnswerIsLate)
+{
+    RunningMeter oMeter({"-late", "4000000"});
+    ModbusRtuClient oClient(oMeter.m_oPort, 100, 0);
+    Values vecValues;
+    EXPECT_EQ(MODBUS_TIMEOUT, oClient.Read(ALL_REGISTERS, vecValues));
+    EXPECT_EQ("Served 1 requests, 1 of them disturbed.\n", oMeter.End());
+}
+
+TEST(Meter, EndsWhileItsAnswersAreNotRead)
+{
+    ChildProcess oMeter(CommandLine({}));
+    ASSERT_TRUE(oMeter.WaitForOutput("\n"));
+    const std::string strOutput = oMeter.OutputSoFar();
+    const int nDevice =
+        open(strOutput.substr(0, strOutput.find('\n')).c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    ASSERT_NE(-1, nDevice);
+    const std::string strRequest = ModbusRequestTelegram(ALL_REGISTERS);
+    for (int nRequest = 0; nRequest < 10000; ++nRequest) {
+        if (write(nDevice, strRequest.data(), strRequest.size()) == -1)
+            CKorThread::Sleep(0, 1);
+    }
+    oMeter.Signal(SIGTERM);
+    EXPECT_EQ(0, oMeter.Wait().nExitStatus);
+    close(nDevice);
+}
+
+/// A pipe that takes nothing more holds the program where it prints its summary.
+TEST(Meter, PrintsItsSummaryOnceWhenASignalArrivesMeanwhile)
+{
+    int anPipe[2];
+    ASSERT_EQ(0, pipe2(anPipe, O_CLOEXEC));
+    ChildProcess oMeter([&anPipe] {
+        dup2(anPipe[1], STDOUT_FILENO);
+        execl(METER_PROGRAM, METER_PROGRAM, "-count", "1", nullptr);
+        return 127;
+    });
+    std::string strDevice;
+    for (char c = 0; read(anPipe[0], &c, 1) == 1 && c != '\n';)
+        strDevice += c;
+
+    fcntl(anPipe[1], F_SETFL, O_NONBLOCK);
+    while (write(anPipe[1], "#", 1) == 1) {
+    }
+    fcntl(anPipe[1], F_SETFL, 0);
+    close(anPipe[1]);
+
+    CKorSerial oPort;
+    ASSERT_EQ(0, oPort.open(strDevice.c_str(), CKorSerial::BAUD_9600, CKorSerial::PARITY_EVEN,
+                            CKorSerial::STOPBITS_1, CKorSerial::BYTESIZE_8, nullptr));
+    Values vecValues;
+    EXPECT_EQ(MODBUS_OK, ModbusRtuClient(oPort, PATIENCE_MS, 0).Read(ALL_REGISTERS, vecValues));
+    for (const int nSignal : {SIGTERM, SIGINT}) {
+        CKorThread::Sleep(0, 300); // the program may have come to its summary by then
+        oMeter.Signal(nSignal);
+    }
+
+    std::string strSummary;
+    for (char c = 0; read(anPipe[0], &c, 1) == 1;) {
+        if (c != '#')
+            strSummary += c;
+    }
+    close(anPipe[0]);
+    EXPECT_EQ("Served 1 requests, 0 of them disturbed.\n", strSummary);
+    EXPECT_EQ(0, oMeter.Wait().nExitStatus);
+}
+
 TEST(Meter, ExplainsItself)
 {
     const ChildResult oHelp = RunProgram(CommandLine({"-help"}));
     EXPECT_EQ(0, oHelp.nExitStatus);
     EXPECT_NE(std::string::npos, oHelp.strOut.find("-station N"));
+}
 
-    const std::vector<std::vector<std::string>> vecWrong = {
-        {"-station", "0"}, {"-station", "248"}, {"-every", "0"}, {"-late", "x"},
-        {"-late"},         {"-unknown"},        {"leftover"}};
-    for (const std::vector<std::string>& vecOptions : vecWrong) {
-        const ChildResult oRefused = RunProgram(CommandLine(vecOptions));
-        EXPECT_EQ(1, oRefused.nExitStatus) << vecOptions[0];
+TEST(Meter, NamesTheArgumentThatItRefuses)
+{
+    const std::string strStation = ": not a number from 1 to 247";
+    const std::string strEvery = ": not a number from 1 to 4294967295";
+    const std::string strLate = ": not a number from 0 to 4294967295";
+    struct SWrong
+    {
+        std::vector<std::string> vecOptions;
+        std::string strReason;
+    };
+    const SWrong aoWrong[] = {
+        {{"-station", "0"}, "-station \"0\"" + strStation},
+        {{"-station", "248"}, "-station \"248\"" + strStation},
+        {{"-station", "4294967297"}, "-station \"4294967297\"" + strStation},
+        {{"-station", "18446744073709551617"}, "-station \"18446744073709551617\"" + strStation},
+        {{"-station", "-1"}, "-station \"-1\"" + strStation},
+        {{"-every", "0"}, "-every \"0\"" + strEvery},
+        {{"-late", "x"}, "-late \"x\"" + strLate},
+        {{"-late"}, "-late \"\"" + strLate},
+        {{"-late", "4294967296"}, "-late \"4294967296\"" + strLate},
+        {{"-unknown"}, "unknown argument -unknown"},
+        {{"leftover"}, "unknown argument leftover"}};
+    for (const SWrong& oWrong : aoWrong) {
+        const ChildResult oRefused = RunProgram(CommandLine(oWrong.vecOptions));
+        EXPECT_EQ(2, oRefused.nExitStatus) << oWrong.strReason;
         EXPECT_EQ("", oRefused.strOut);
-        EXPECT_EQ(oHelp.strOut, oRefused.strErr);
+        EXPECT_EQ("meter: " + oWrong.strReason + "; see meter.bin -help\n", oRefused.strErr);
     }
 }
 
