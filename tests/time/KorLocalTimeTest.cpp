@@ -319,8 +319,8 @@ TEST(KorLocalTime, CutsHalfHoursTowardGreenwich)
     EXPECT_EQ(5, ZoneIn("IST-5:30"));
     EXPECT_EQ(5, ZoneIn("NPT-5:45"));
     EXPECT_EQ(-9, ZoneIn("MART9:30"));
-    EXPECT_EQ(0, ZoneIn("XXX-0:30"));
-    EXPECT_EQ(0, ZoneIn("XXX0:30"));
+    EXPECT_EQ(0, ZoneIn("ZZZ-0:30"));
+    EXPECT_EQ(0, ZoneIn("ZZZ0:30"));
 }
 
 TEST(KorLocalTime, AddsAnHourWhileDaylightSavingIsInForce)
@@ -346,7 +346,7 @@ TEST(KorLocalTime, KnowsDaylightSavingThatIsNotOneHourForward)
 
 TEST(KorLocalTime, SetTimeZoneTakesTheSystemsZone)
 {
-    const TimeZoneScope oScope("XXX-4");
+    const TimeZoneScope oScope("ZZZ-4");
     CKorLocalTime oTime = Local(5, 10, 1);
     EXPECT_EQ(4, oTime.SetTimeZone());
     EXPECT_EQ(4, oTime.GetTimezone());
@@ -355,7 +355,7 @@ TEST(KorLocalTime, SetTimeZoneTakesTheSystemsZone)
 
 TEST(KorLocalTime, CurrentLocalTimeIsNowInTheSystemsZone)
 {
-    const TimeZoneScope oScope("XXX-4");
+    const TimeZoneScope oScope("ZZZ-4");
     const long long nBefore = CKorUTCTime::CurrentTime().GetLocaltime();
     const CKorLocalTime oNow = CKorLocalTime::CurrentLocalTime();
     const long long nAfter = CKorUTCTime::CurrentTime().GetLocaltime();

@@ -26,7 +26,7 @@ namespace
 
 int ZoneFor(short nMinutesWest, short nDaylight)
 {
-    const TimeZoneScope oScope("XXX-7");
+    const TimeZoneScope oScope("ZZZ-7");
     g_oAnswer.timezone = nMinutesWest;
     g_oAnswer.dstflag = nDaylight;
     const int nCallsBefore = g_nCalls;
