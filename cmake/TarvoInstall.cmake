@@ -1,24 +1,26 @@
-# Install tree, CMake package and pkg-config file.
+# Install tree, CMake package and pkg-config file. Components: Runtime (shared libraries), Development
+# (headers, packages, static libraries), Documentation, Tools.
 include(CMakePackageConfigHelpers)
 
-set(tarvo_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/tarvo-ext)
 set(tarvo_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/TarvoExt)
+set(tarvo_libraries TarvoExt)
 
 if(TARVO_BASE STREQUAL "build")
-  install(TARGETS TarvoBase EXPORT TarvoExtTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    FILE_SET HEADERS DESTINATION ${tarvo_include_dir})
+  list(APPEND tarvo_libraries TarvoBase)
 else()
-  install(FILES cmake/FindTarvoBase.cmake DESTINATION ${tarvo_package_dir})
+  install(FILES cmake/FindTarvoBase.cmake DESTINATION ${tarvo_package_dir} COMPONENT Development)
   # For the pkg-config file: where the board's base library is, as the board's root sees it.
-  cmake_path(GET TARVO_BASE_LIBRARY PARENT_PATH tarvo_base_libs)
-  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "-L/" tarvo_base_libs ${tarvo_base_libs})
-  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "-I/" tarvo_base_cflags ${TARVO_BASE_INCLUDE_DIR})
+  get_filename_component(tarvo_base_lib_dir ${TARVO_BASE_LIBRARY} DIRECTORY)
+  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "/" tarvo_base_lib_dir ${tarvo_base_lib_dir})
+  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "/" tarvo_base_include_dir ${TARVO_BASE_INCLUDE_DIR})
+  set(tarvo_pc_base_libs "-L\"${tarvo_base_lib_dir}\"")
+  set(tarvo_pc_base_cflags "-I\"${tarvo_base_include_dir}\"")
 endif()
-install(TARGETS TarvoExt EXPORT TarvoExtTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  FILE_SET HEADERS DESTINATION ${tarvo_include_dir})
-install(EXPORT TarvoExtTargets NAMESPACE Tarvo:: DESTINATION ${tarvo_package_dir})
+install(TARGETS ${tarvo_libraries} EXPORT TarvoExtTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development)
+install(EXPORT TarvoExtTargets NAMESPACE Tarvo:: DESTINATION ${tarvo_package_dir}
+  COMPONENT Development)
 
 configure_package_config_file(cmake/TarvoExtConfig.cmake.in TarvoExtConfig.cmake
   INSTALL_DESTINATION ${tarvo_package_dir})
@@ -26,13 +28,22 @@ write_basic_package_version_file(TarvoExtConfigVersion.cmake COMPATIBILITY SameM
 install(FILES
     ${PROJECT_BINARY_DIR}/TarvoExtConfig.cmake
     ${PROJECT_BINARY_DIR}/TarvoExtConfigVersion.cmake
-  DESTINATION ${tarvo_package_dir})
+  DESTINATION ${tarvo_package_dir} COMPONENT Development)
 
 # The package can be moved: the prefix is told from where the file lies.
-cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
-  OUTPUT_VARIABLE tarvo_pc_to_prefix)
+file(RELATIVE_PATH tarvo_pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+if(NOT BUILD_SHARED_LIBS)
+  set(tarvo_pc_static "-Wl,--gc-sections -pthread")
+endif()
 configure_file(cmake/tarvo-ext.pc.in tarvo-ext.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/tarvo-ext.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/tarvo-ext.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT Development)
 
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs FILES_MATCHING PATTERN "*.md")
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Documentation)
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT Documentation
+  FILES_MATCHING PATTERN "*.md")
+
+if(tarvo_top_level)
+  add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${PROJECT_SOURCE_DIR}/cmake/Uninstall.cmake
+    WORKING_DIRECTORY ${PROJECT_BINARY_DIR} VERBATIM)
+endif()

@@ -5,10 +5,15 @@ set(tarvo_warnings -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-
   -Wold-style-cast -Wno-psabi $<$<BOOL:${TARVO_WARNINGS_AS_ERRORS}>:-Werror>)
 
 set(tarvo_exports ${CMAKE_CURRENT_LIST_DIR}/exports.version)
+set(tarvo_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/tarvo-ext)
+
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-fno-semantic-interposition TARVO_HAS_NO_SEMANTIC_INTERPOSITION)
 
 # tarvo_configure_library(<target> <export-name> <file-name>)
-# Names the shared object exactly <file-name>.so, hides what is not marked as exported, drops
-# what nothing uses and lets it find its neighbours beside itself.
+# Names the library exactly <file-name>.so or .a and hides what is not marked as exported. A shared
+# object drops what nothing uses and finds its neighbours beside itself; with a static library the
+# program that links it drops what it does not use.
 function(tarvo_configure_library target export_name file_name)
   set_target_properties(${target} PROPERTIES
     EXPORT_NAME ${export_name}
@@ -18,11 +23,27 @@ function(tarvo_configure_library target export_name file_name)
     VISIBILITY_INLINES_HIDDEN ON
     INSTALL_RPATH "$ORIGIN")
   target_compile_features(${target} PUBLIC cxx_std_17)
-  target_compile_options(${target} PRIVATE ${tarvo_warnings})
-  target_compile_options(${target} PRIVATE -ffunction-sections -fdata-sections)
-  target_link_options(${target} PRIVATE -Wl,--no-undefined -Wl,--as-needed -Wl,--gc-sections
-    -Wl,-O1 -Wl,-Bsymbolic-functions -Wl,--version-script=${tarvo_exports})
-  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${tarvo_exports})
+  target_include_directories(${target} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${tarvo_include_dir}>)
+  target_compile_options(${target} PRIVATE ${tarvo_warnings} -ffunction-sections -fdata-sections
+    $<$<BOOL:${TARVO_HAS_NO_SEMANTIC_INTERPOSITION}>:-fno-semantic-interposition>)
+  target_link_libraries(${target} PRIVATE Threads::Threads)
+  if(BUILD_SHARED_LIBS)
+    target_link_options(${target} PRIVATE -Wl,--no-undefined -Wl,--as-needed -Wl,--gc-sections
+      -Wl,-O1 -Wl,-Bsymbolic-functions -Wl,--version-script=${tarvo_exports})
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${tarvo_exports})
+  else()
+    target_link_options(${target} INTERFACE -Wl,--gc-sections)
+  endif()
+endfunction()
+
+# tarvo_public_headers(<header>...)
+# Headers of the current folder that are installed, in the folder of the same name.
+function(tarvo_public_headers)
+  if(TARVO_INSTALL)
+    file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+    install(FILES ${ARGN} DESTINATION ${tarvo_include_dir}/${folder} COMPONENT Development)
+  endif()
 endfunction()
 
 # tarvo_add_program(<target> <source>...)

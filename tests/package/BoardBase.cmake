@@ -10,7 +10,7 @@ run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/BoardBase -B ${BINARY}/base ${
 run(${CMAKE_COMMAND} --build ${BINARY}/base --target install)
 
 run(${CMAKE_COMMAND} -S ${TARVO} -B ${BINARY}/ext ${settings} -DTARVO_BASE=system
-  -DTARVO_BUILD_EXAMPLES=OFF -DTARVO_BUILD_TESTS=OFF)
+  -DTARVO_BUILD_EXAMPLES=OFF -DBUILD_TESTING=OFF)
 run(${CMAKE_COMMAND} --build ${BINARY}/ext --target install)
 
 # Nothing of it may know another CKorMutex than the board's.
