@@ -98,8 +98,7 @@ public:
     /// @param pszSection  the option's section
     /// @param pszOption   the option's name
     /// @param pszValue    the value, stored as it is. A "#" or a line feed in it ends the value
-    /// when
-    ///                    the file is read again.
+    ///                    when the file is read again.
     void WriteOption(const char* pszSection, const char* pszOption, const char* pszValue);
 
     /// Reads all options of the program and lists the file's sections.

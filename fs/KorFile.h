@@ -94,8 +94,8 @@ public:
 
     /// Reads once.
     /// @return the number of bytes read, which may be less than @p nCount; 0 at the end of the
-    /// file,
-    ///         without a descriptor, for a null buffer and for a count of 0; 0xFFFFFFFF on failure
+    ///         file, without a descriptor, for a null buffer and for a count of 0; 0xFFFFFFFF on
+    ///         failure
     virtual unsigned int Read(void* pBuffer, unsigned int nCount);
 
     /// Writes once.
