@@ -10,11 +10,11 @@ if(TARVO_BASE STREQUAL "build")
 else()
   install(FILES cmake/FindTarvoBase.cmake DESTINATION ${tarvo_package_dir} COMPONENT Development)
   # For the pkg-config file: where the board's base library is, as the board's root sees it.
-  get_filename_component(tarvo_base_lib_dir ${TARVO_BASE_LIBRARY} DIRECTORY)
-  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "/" tarvo_base_lib_dir ${tarvo_base_lib_dir})
-  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "/" tarvo_base_include_dir ${TARVO_BASE_INCLUDE_DIR})
-  set(tarvo_pc_base_libs "-L\"${tarvo_base_lib_dir}\"")
-  set(tarvo_pc_base_cflags "-I\"${tarvo_base_include_dir}\"")
+  get_filename_component(tarvo_base_lib_dir "${TARVO_BASE_LIBRARY}" DIRECTORY)
+  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "/" tarvo_base_lib_dir "${tarvo_base_lib_dir}")
+  string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "/" tarvo_base_include_dir "${TARVO_BASE_INCLUDE_DIR}")
+  string(REPLACE " " "\\ " tarvo_pc_base_libs "-L${tarvo_base_lib_dir}")
+  string(REPLACE " " "\\ " tarvo_pc_base_cflags "-I${tarvo_base_include_dir}")
 endif()
 install(TARGETS ${tarvo_libraries} EXPORT TarvoExtTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime

@@ -1,9 +1,19 @@
 # What the scripts beside this one share.
+cmake_minimum_required(VERSION 3.25)
 
 set(EXPECTED "^outside runs on Quentor libTarvo, Version 1\\.0\\.10\n$")
 
 function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+# expect_files(<folder> <name;...>)
+# Compares the files in a folder, those in folders below it not counted.
+function(expect_files folder names)
+  file(GLOB found LIST_DIRECTORIES false RELATIVE ${folder} ${folder}/*)
+  if(NOT found STREQUAL names)
+    message(FATAL_ERROR "expected in ${folder}: ${names}\nfound: ${found}")
+  endif()
 endfunction()
 
 # expect_output(<pattern> <program> [<argument>...])
