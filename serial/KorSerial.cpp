@@ -1,18 +1,14 @@
 #include "serial/KorSerial.h"
 
+#include "KorAtomicDetail.h"
+
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/select.h>
-#include <type_traits>
 #include <unistd.h>
 #include <utility>
-
-// The owner may open the port anew, or change the time-out, while the receive thread looks.
-static_assert(sizeof(std::atomic<int>) == sizeof(int) &&
-                  sizeof(std::atomic<unsigned int>) == sizeof(unsigned int),
-              "atomic members keep the layout of plain ones");
 
 namespace
 {
@@ -69,12 +65,12 @@ void CKorSerial::CKorSerialRcvThread::Initialize(CKorSerial* pSerial)
 
 unsigned int CKorSerial::CKorSerialRcvThread::GetTimeout() const
 {
-    return m_nTimeout;
+    return KorAtomicLoad(m_nTimeout);
 }
 
 void CKorSerial::CKorSerialRcvThread::SetTimeout(unsigned int nTimeout)
 {
-    m_nTimeout = nTimeout;
+    KorAtomicStore(m_nTimeout, nTimeout);
 }
 
 void CKorSerial::CKorSerialRcvThread::Run()
@@ -85,7 +81,7 @@ void CKorSerial::CKorSerialRcvThread::Run()
     char c = '\0';
     unsigned int nPause = 0;
     while (!IsTerminationRequested()) {
-        const EReadEvent eEvent = m_pSerial->Read(c, m_nTimeout);
+        const EReadEvent eEvent = m_pSerial->Read(c, GetTimeout());
         // Wanted: a read of 0 bytes indicates the previous character again.
         if (eEvent == READ_CHARACTER || eEvent == READ_NOTHING)
             m_pSerial->DataInd(c);
@@ -121,7 +117,7 @@ void CKorSerial::LineStateInd(E_RTS_STATE, E_DTR_STATE) {}
 int CKorSerial::open(const char* pszDevice, E_BAUDRATE eBaudrate, E_PARITY eParity,
                      E_NUM_STOPBITS eStopbits, E_BYTESIZE eByteSize, CKorXonXoff* pXonXoff)
 {
-    m_hPort = ::open(pszDevice != nullptr ? pszDevice : "", O_RDWR);
+    KorAtomicStore(m_hPort, ::open(pszDevice != nullptr ? pszDevice : "", O_RDWR));
     if (m_hPort == NO_PORT)
         return SERIAL_OPEN_ERROR;
     if (tcdrain(m_hPort) != 0)
@@ -213,7 +209,7 @@ int CKorSerial::close()
 
     if (m_hPort != NO_PORT)
         ::close(m_hPort);
-    m_hPort = NO_PORT;
+    KorAtomicStore(m_hPort, NO_PORT);
     return SERIAL_OK;
 }
 
@@ -239,7 +235,7 @@ int CKorSerial::SetLineState(E_RTS_STATE, E_DTR_STATE)
 
 CKorSerial::EReadEvent CKorSerial::Read(char& c, unsigned int nTimeout)
 {
-    const int hPort = m_hPort;
+    const int hPort = KorAtomicLoad(m_hPort);
     if (hPort < 0 || hPort >= FD_SETSIZE) { // FD_SET would write outside of the set
         errno = EBADF;
         return READ_FAILED;

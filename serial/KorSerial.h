@@ -8,7 +8,6 @@
 #include "serial/KorXonXoff.h"
 #include "text/KorMutexBuffer.h"
 
-#include <atomic>
 #include <string>
 #include <termios.h>
 
@@ -154,8 +153,8 @@ public:
         void SetTimeout(unsigned int nTimeout);
 
     protected:
-        CKorSerial* m_pSerial;                ///< The port that this thread serves.
-        std::atomic<unsigned int> m_nTimeout; ///< The longest wait for a character, in ms.
+        CKorSerial* m_pSerial;   ///< The port that this thread serves.
+        unsigned int m_nTimeout; ///< The longest wait for a character, in ms.
     };
 
     /// A closed port.
@@ -304,6 +303,6 @@ private:
 protected:
     CKorMutexBuffer m_oRcvBuffer;     ///< Received characters not taken yet.
     CKorSerialRcvThread m_oRcvThread; ///< The receive thread.
-    std::atomic<int> m_hPort;         ///< Descriptor of the open device, -1 when closed.
+    int m_hPort;                      ///< Descriptor of the open device, -1 when closed.
     struct termios m_oTermios;        ///< Working copy of the line settings.
 };

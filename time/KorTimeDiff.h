@@ -5,7 +5,6 @@
 
 #include "KorExport.h"
 
-#include <atomic>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -177,7 +176,7 @@ protected:
     friend class CKorUTCTime; // keeps its instant as a span and reads the ticks
 
     /// Index of the streams' format words, -1 until the first SetDiffTimeFlag().
-    static std::atomic<int> m_nTimeDiffFlagIdx;
+    static int m_nTimeDiffFlagIdx;
 
     /// The span in ticks of 10 ns. Mutable for the const assignment.
     mutable std::int64_t m_nValue;

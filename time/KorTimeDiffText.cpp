@@ -97,11 +97,11 @@ long long ReadTotal(std::istream& oStream, std::uint64_t nUnit)
 
 } // namespace
 
-std::atomic<int> CKorTimeDiff::m_nTimeDiffFlagIdx(-1);
+int CKorTimeDiff::m_nTimeDiffFlagIdx = -1;
 
 std::ios_base& CKorTimeDiff::SetDiffTimeFlag(std::ios_base& oStream, EDiffFormat eFormat)
 {
-    static const int nIndex = m_nTimeDiffFlagIdx = std::ios_base::xalloc();
+    static const int nIndex = KorTakeStreamSlot(m_nTimeDiffFlagIdx);
     oStream.iword(nIndex) = eFormat;
     return oStream;
 }

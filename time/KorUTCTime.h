@@ -6,7 +6,6 @@
 #include "KorExport.h"
 #include "time/KorTimeDiff.h"
 
-#include <atomic>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -281,7 +280,7 @@ public:
 
 protected:
     /// Index of the streams' format words, -1 until the first SetTimeFlag().
-    static std::atomic<int> m_nFormatIdx;
+    static int m_nFormatIdx;
     /// The elements of each format, indexed by #ETimeFormat.
     static const std::int32_t m_aoFormatTable[12][17];
 

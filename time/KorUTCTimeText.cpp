@@ -108,7 +108,7 @@ void ReadElement(std::istream& oStream, std::int32_t nElement, unsigned (&anPart
 
 } // namespace
 
-std::atomic<int> CKorUTCTime::m_nFormatIdx(-1);
+int CKorUTCTime::m_nFormatIdx = -1;
 
 const std::int32_t CKorUTCTime::m_aoFormatTable[12][17] = {
     // DD.MM.YYYY hh:mm:ss.mmm
@@ -170,7 +170,7 @@ CKorUTCTime::CKorUTCTime(const std::string& strText, ETimeFormat eFormat) : m_bV
 
 std::ios_base& CKorUTCTime::SetTimeFlag(std::ios_base& oStream, ETimeFormat eFormat)
 {
-    static const int nIndex = m_nFormatIdx = std::ios_base::xalloc();
+    static const int nIndex = KorTakeStreamSlot(m_nFormatIdx);
     oStream.iword(nIndex) = eFormat;
     return oStream;
 }

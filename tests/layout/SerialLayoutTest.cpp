@@ -28,6 +28,7 @@ struct RcvThreadProbe : CKorSerial::CKorSerialRcvThread
     {
         PIN_MEMBER(RcvThreadProbe, RcvThreadMirror, m_pSerial);
         PIN_MEMBER(RcvThreadProbe, RcvThreadMirror, m_nTimeout);
+        static_assert(std::is_same_v<decltype(RcvThreadProbe::m_nTimeout), unsigned int>);
     }
 };
 static_assert(sizeof(CKorSerial::CKorSerialRcvThread) == sizeof(RcvThreadMirror));
@@ -55,6 +56,7 @@ struct SerialProbe : CKorSerial
         PIN_MEMBER(SerialProbe, SerialMirror, m_oRcvBuffer);
         PIN_MEMBER(SerialProbe, SerialMirror, m_oRcvThread);
         PIN_MEMBER(SerialProbe, SerialMirror, m_hPort);
+        static_assert(std::is_same_v<decltype(SerialProbe::m_hPort), int>);
         PIN_MEMBER(SerialProbe, SerialMirror, m_oTermios);
     }
 };

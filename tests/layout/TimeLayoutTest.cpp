@@ -11,6 +11,11 @@ namespace
 static_assert(sizeof(CKorTimeDiff) == sizeof(std::int64_t));
 static_assert(!std::is_polymorphic_v<CKorTimeDiff>);
 
+struct TimeDiffProbe : CKorTimeDiff
+{
+    static int* FormatSlot() { return &m_nTimeDiffFlagIdx; }
+};
+
 struct UTCTimeMirror
 {
     virtual ~UTCTimeMirror() = default;
@@ -29,6 +34,7 @@ struct UTCTimeProbe : CKorUTCTime
             SlotOf(&UTCTimeProbe::SetLocaltime), SlotOf(&UTCTimeProbe::SetHighResolutionLocaltime),
             SlotOf(&UTCTimeProbe::Next)};
     }
+    static int* FormatSlot() { return &m_nFormatIdx; }
     static void PinMembers()
     {
         PIN_MEMBER(UTCTimeProbe, UTCTimeMirror, m_oTime);
@@ -70,4 +76,9 @@ TEST(TimeLayout, SlotsOfTheUTCTime)
 TEST(TimeLayout, SlotsOfTheLocalTime)
 {
     ExpectInOrderBehindDestructor(LocalTimeProbe::Slots());
+}
+
+TEST(TimeLayout, TheFormatSlotsArePlainNumbers)
+{
+    EXPECT_NE(UTCTimeProbe::FormatSlot(), TimeDiffProbe::FormatSlot());
 }

@@ -28,7 +28,7 @@ protected:
     KorSerialRead()
     {
         m_oLine.MakeRaw();
-        m_oPort.m_hPort = ::open(m_oLine.Name(), O_RDWR | O_NOCTTY);
+        m_oPort.AdoptDescriptor(::open(m_oLine.Name(), O_RDWR | O_NOCTTY));
     }
 
     PseudoTerminal m_oLine;
@@ -77,7 +77,7 @@ TEST_F(KorSerialRead, WithoutADescriptorItIsAnIoError)
     errno = EAGAIN;
     EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 60000));
     EXPECT_EQ('?', m_c);
-    m_oPort.m_hPort = hOpen;
+    m_oPort.AdoptDescriptor(hOpen);
 }
 
 TEST_F(KorSerialRead, AClosedDescriptorIsAnIoError)
@@ -103,14 +103,14 @@ TEST_F(KorSerialRead, ADescriptorBeyondTheSetIsAnIoErrorAndReadsNothing)
     m_oLine.Send("AB");
     for (const int hHigh : {1024, 1025, 1500}) {
         ASSERT_EQ(hHigh, dup2(hLow, hHigh));
-        m_oPort.m_hPort = hHigh;
+        m_oPort.AdoptDescriptor(hHigh);
         errno = EAGAIN;
         EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 60000)) << hHigh;
         EXPECT_EQ('?', m_c);
         ::close(hHigh);
     }
     ASSERT_EQ(1023, dup2(hLow, 1023));
-    m_oPort.m_hPort = 1023;
+    m_oPort.AdoptDescriptor(1023);
     EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
     EXPECT_EQ('A', m_c);
     ::close(hLow);
@@ -362,7 +362,7 @@ TEST(KorSerialRcvThread, EndsAtOnceWithoutAPort)
 TEST_F(KorSerialReception, ARunningThreadMayBeDestroyed)
 {
     TestPort oPort;
-    oPort.m_hPort = ::open(m_oLine.Name(), O_RDWR | O_NOCTTY);
+    oPort.AdoptDescriptor(::open(m_oLine.Name(), O_RDWR | O_NOCTTY));
     {
         CKorSerial::CKorSerialRcvThread oThread;
         oThread.Initialize(&oPort);

@@ -292,7 +292,7 @@ TEST_F(KorSerialRobustness, ReceivesAtFullSpeedAgainAfterALastingError)
     ASSERT_EQ(0, oPort.open(m_oLine));
     const int hFirst = oPort.ReleaseDescriptor();
     CKorThread::Sleep(0, 300); // the pauses have grown to their limit
-    oPort.m_hPort = hFirst;
+    oPort.AdoptDescriptor(hFirst);
     const std::string strBytes = Stream(4096);
     m_oLine.Send(strBytes);
     // At the speed of the longest pause this would take seven minutes.

@@ -2,8 +2,10 @@
 #include "tests/serial/SerialTestPort.h"
 #include "tests/support/PseudoTerminal.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -74,6 +76,21 @@ TEST(KorSerial, KeepsTheOrderOfItsMembersWithNothingBetween)
     EXPECT_EQ(nThread + std::ptrdiff_t{sizeof(S::CKorSerialRcvThread)}, nDescriptor);
     EXPECT_EQ(nDescriptor + std::ptrdiff_t{sizeof(int)}, nTermios);
     EXPECT_TRUE(std::has_virtual_destructor<CKorSerial>::value);
+}
+
+TEST(KorSerial, ADerivedClassUsesItsDescriptorAsAnyInt)
+{
+    struct Derived : CKorSerial
+    {
+        std::string Print()
+        {
+            const int* const pPort = &m_hPort;
+            char szText[32];
+            std::snprintf(szText, sizeof szText, "%d %d %d", m_hPort, *pPort, std::max(m_hPort, 3));
+            return szText;
+        }
+    };
+    EXPECT_EQ("-1 -1 3", Derived().Print());
 }
 
 TEST(KorSerial, OpenOfAMissingDeviceFails)

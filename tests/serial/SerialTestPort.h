@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KorAtomicDetail.h"
 #include "serial/KorSerial.h"
 #include "tests/support/Emulation.h"
 #include "tests/support/PseudoTerminal.h"
@@ -29,7 +30,14 @@ public:
     int open(const PseudoTerminal& oLine) { return open(oLine.Name()); }
 
     /// Forgets the open descriptor and returns it, as a failed open() does.
-    int ReleaseDescriptor() { return m_hPort.exchange(-1); }
+    int ReleaseDescriptor()
+    {
+        const int hPort = m_hPort;
+        AdoptDescriptor(-1);
+        return hPort;
+    }
+    /// Works on this descriptor from now on, also while the receive thread looks.
+    void AdoptDescriptor(int hPort) { KorAtomicStore(m_hPort, hPort); }
 };
 
 /// Whether every step costs many times more here, so that stress tests do with less.
