@@ -4,6 +4,7 @@
 /// Mutual exclusion with a time limit.
 
 #include "base/KorBaseExport.h"
+#include "base/KorThreadSafety.h"
 
 #include <pthread.h>
 
@@ -12,7 +13,7 @@
 /// Not recursive: a thread that locks it again waits like any other. Every operation may be
 /// called from any thread, but not from a signal handler. Destroy it only when nobody holds it
 /// or waits for it.
-class TARVO_BASE_API CKorMutex
+class TARVO_BASE_API KOR_CAPABILITY("mutex") CKorMutex
 {
 public:
     /// Time-out of Lock() that waits without limit.
@@ -26,10 +27,10 @@ public:
     /// Takes the lock, waiting for it up to @p nTimeout milliseconds on the monotonic clock: 0
     /// only tries, #WAIT_FOREVER waits without limit.
     /// @return true when the calling thread now holds the lock, false when the time ran out.
-    bool Lock(unsigned int nTimeout);
+    bool Lock(unsigned int nTimeout) KOR_TRY_ACQUIRE(true);
 
     /// Releases the lock and lets one waiting thread go on. Without effect when nobody holds it.
-    void Unlock();
+    void Unlock() KOR_RELEASE();
 
 private:
     TARVO_BASE_LOCAL bool WaitUntilFree(unsigned int nTimeout);

@@ -9,6 +9,8 @@ if(TARVO_BASE STREQUAL "build")
   list(APPEND tarvo_libraries TarvoBase)
 else()
   install(FILES cmake/FindTarvoBase.cmake DESTINATION ${tarvo_package_dir} COMPONENT Development)
+  # The one header of base/ that is not the board's: ours say by it what their mutexes guard.
+  install(FILES base/KorThreadSafety.h DESTINATION ${tarvo_include_dir}/base COMPONENT Development)
   # For the pkg-config file: where the board's base library is, as the board's root sees it.
   get_filename_component(tarvo_base_lib_dir "${TARVO_BASE_LIBRARY}" DIRECTORY)
   string(REGEX REPLACE "^${CMAKE_SYSROOT}/" "/" tarvo_base_lib_dir "${tarvo_base_lib_dir}")

@@ -5,6 +5,7 @@
 
 #include "KorExport.h"
 #include "base/KorMutex.h"
+#include "base/KorThreadSafety.h"
 
 #include <string>
 
@@ -56,6 +57,7 @@ public:
     std::string RemoveString(const std::string& strDelimiter);
 
 protected:
-    std::string m_sBuffer; ///< The characters held, in the order of their arrival.
-    CKorMutex m_oMutex;    ///< Guards #m_sBuffer.
+    std::string m_sBuffer KOR_GUARDED_BY(m_oMutex); ///< The characters held, in the order of their
+                                                    ///< arrival.
+    CKorMutex m_oMutex;                             ///< Guards #m_sBuffer.
 };
