@@ -1,6 +1,6 @@
 #include "time/KorSystemZoneDetail.h"
 
-#include <ctime>
+#include "time/KorSystemClockDetail.h"
 
 #if __has_include(<sys/timeb.h>)
 #include <sys/timeb.h>
@@ -31,17 +31,14 @@ SKorSystemZone ZoneOfFtime()
 
 SKorSystemZone ZoneOfZoneData()
 {
-    constexpr long SECONDS_PER_HOUR = 3600;
-    tzset();
-    const time_t nNow = time(nullptr);
-    tm oNow = {};
-    localtime_r(&nNow, &oNow);
-    const bool bDaylight = oNow.tm_isdst > 0;
+    constexpr std::int32_t SECONDS_PER_HOUR = 3600;
+    SKorZoneReading oZone = {0, false};
+    KorReadZoneData(KorReadSystemClock().nSeconds, oZone);
     // One hour less than the offset in force, and not the C library's `timezone`: whoever adds
     // the hour for the flag then gets the offset in force also where daylight saving is not one
     // hour forward, such as Dublin, whose winter time is kept as summer time minus one.
-    const long nStandardOffset = oNow.tm_gmtoff - (bDaylight ? SECONDS_PER_HOUR : 0);
-    return {static_cast<int>(-nStandardOffset / 60), bDaylight};
+    const std::int32_t nStandardOffset = oZone.nOffset - (oZone.bSummerTime ? SECONDS_PER_HOUR : 0);
+    return {-nStandardOffset / 60, oZone.bSummerTime};
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "time/KorUTCTime.h"
 
+#include "time/KorSystemClockDetail.h"
 #include "time/KorTimeTicksDetail.h"
 
 #include <algorithm>
@@ -111,11 +112,10 @@ CKorUTCTime& CKorUTCTime::operator=(long nSeconds)
 
 CKorUTCTime CKorUTCTime::CurrentTime()
 {
-    timeval oNow;
-    gettimeofday(&oNow, nullptr);
+    const SKorClockReading oNow = KorReadSystemClock();
     CKorUTCTime oTime; // wanted: the time stays invalid
-    oTime.SetHighResolutionLocaltime(Signed(Bits(oNow.tv_sec) * KorTicks::PER_SECOND +
-                                            Bits(oNow.tv_usec) * KorTicks::PER_MICROSECOND +
+    oTime.SetHighResolutionLocaltime(Signed(Bits(oNow.nSeconds) * KorTicks::PER_SECOND +
+                                            Bits(oNow.nMicroSeconds) * KorTicks::PER_MICROSECOND +
                                             KorTicks::AT_UNIX_EPOCH));
     return oTime;
 }
