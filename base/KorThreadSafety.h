@@ -8,6 +8,7 @@
 ///     std::string m_strState KOR_GUARDED_BY(m_oMutex); // only while m_oMutex is held
 ///     void Append(char c) KOR_REQUIRES(m_oMutex);      // the caller holds it
 
+/// One attribute of clang, nothing for other compilers.
 #ifdef __clang__
 #define KOR_THREAD_SAFETY(attribute) __attribute__((attribute))
 #else
