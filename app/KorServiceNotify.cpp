@@ -1,0 +1,118 @@
+#include "app/KorServiceNotify.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace
+{
+
+/// Fills in the manager's address.
+/// @return its length, 0 with errno when there is none
+socklen_t ManagerAddress(sockaddr_un& oAddress)
+{
+    const char* const pszName = std::getenv("NOTIFY_SOCKET");
+    const size_t nLength = pszName != nullptr ? std::strlen(pszName) : 0;
+    oAddress.sun_family = AF_UNIX;
+    if (nLength == 0)
+        errno = EDESTADDRREQ;
+    else if (*pszName != '/' && *pszName != '@')
+        errno = EAFNOSUPPORT;
+    else if (nLength > sizeof oAddress.sun_path)
+        errno = ENAMETOOLONG;
+    else {
+        std::memcpy(oAddress.sun_path, pszName, nLength);
+        if (*pszName == '@')
+            oAddress.sun_path[0] = '\0';
+        return static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + nLength);
+    }
+    return 0;
+}
+
+bool Send(const std::string& strMessage)
+{
+    sockaddr_un oAddress = {};
+    const socklen_t nAddress = ManagerAddress(oAddress);
+    const int hSocket =
+        nAddress != 0 ? socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0) : -1;
+    if (hSocket == -1)
+        return false;
+    const ssize_t nSent = sendto(hSocket, strMessage.data(), strMessage.size(), MSG_NOSIGNAL,
+                                 reinterpret_cast<const sockaddr*>(&oAddress), nAddress);
+    const int nError = errno;
+    close(hSocket);
+    errno = nError;
+    return nSent != -1;
+}
+
+/// @return false for anything but decimal digits, and for a number beyond 64 bits
+bool ReadNumber(const char* pszText, std::uint64_t& nNumber)
+{
+    const char* const pEnd = pszText + std::strlen(pszText);
+    const auto oResult = std::from_chars(pszText, pEnd, nNumber);
+    return oResult.ec == std::errc() && oResult.ptr == pEnd;
+}
+
+bool WatchdogIsForAnother()
+{
+    const char* const pszProcess = std::getenv("WATCHDOG_PID");
+    std::uint64_t nProcess = 0;
+    return pszProcess != nullptr &&
+           (!ReadNumber(pszProcess, nProcess) || nProcess != static_cast<std::uint64_t>(getpid()));
+}
+
+} // namespace
+
+bool KorNotifyReady()
+{
+    return Send("READY=1");
+}
+
+bool KorNotifyReloading()
+{
+    timespec oNow = {};
+    clock_gettime(CLOCK_MONOTONIC, &oNow);
+    const std::int64_t nMicroseconds = std::int64_t{oNow.tv_sec} * 1000000 + oNow.tv_nsec / 1000;
+    return Send("RELOADING=1\nMONOTONIC_USEC=" + std::to_string(nMicroseconds));
+}
+
+bool KorNotifyStopping()
+{
+    return Send("STOPPING=1");
+}
+
+bool KorNotifyStatus(const std::string& strStatus)
+{
+    std::string strMessage = "STATUS=" + strStatus;
+    // The manager ends a message at a carriage return as well, and drops one with a zero byte.
+    std::replace_if(
+        strMessage.begin(), strMessage.end(),
+        [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
+    return Send(strMessage);
+}
+
+bool KorNotifyAlive()
+{
+    return Send("WATCHDOG=1");
+}
+
+unsigned int KorGetAliveInterval()
+{
+    // The next greater number means "for ever" to the event loop.
+    constexpr std::uint64_t LONGEST = 0xFFFFFFFE;
+    const char* const pszTime = std::getenv("WATCHDOG_USEC");
+    std::uint64_t nMicroseconds = 0;
+    if (pszTime == nullptr || !ReadNumber(pszTime, nMicroseconds) || nMicroseconds == 0 ||
+        WatchdogIsForAnother())
+        return 0;
+    const std::uint64_t nHalf = std::max<std::uint64_t>(nMicroseconds / 2000, 1);
+    return static_cast<unsigned int>(std::min(nHalf, LONGEST));
+}
