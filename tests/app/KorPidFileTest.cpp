@@ -245,32 +245,43 @@ TEST(KorPidFile, AForkedCopyHoldsNothingAndRemovesNothing)
     EXPECT_FALSE(CanBeAcquired(strName));
 }
 
+/// Holds two files and ends, and leaves a copy of itself that lives until its input ends.
+[[noreturn]] void LeaveACopy(const std::string& strName, int nInput, int nReady)
+{
+    CKorPidFile oFirst;
+    CKorPidFile oSecond;
+    if (!oFirst.Acquire(strName.c_str()) || !oSecond.Acquire((strName + "2").c_str()))
+        _exit(1);
+    if (fork() == 0) {
+        char cByte = 0;
+        _exit(write(nReady, "r", 1) == 1 && read(nInput, &cByte, 1) == 0 ? 0 : 1);
+    }
+    _exit(42);
+}
+
 TEST(KorPidFile, AForkedCopyThatLivesOnDoesNotKeepItLocked)
 {
     const ScratchDir oDir;
     const std::string strName = oDir.File("pid");
-    int anPipe[2];
-    ASSERT_EQ(0, pipe(anPipe));
+    int anLife[2];
+    int anReady[2];
+    ASSERT_EQ(0, pipe(anLife));
+    ASSERT_EQ(0, pipe(anReady));
     const pid_t nHolder = fork();
     if (nHolder == 0) {
-        CKorPidFile oFirst;
-        CKorPidFile oSecond;
-        const bool bHeld =
-            oFirst.Acquire(strName.c_str()) && oSecond.Acquire((strName + "2").c_str());
-        close(anPipe[1]);
-        char cByte = 0;
-        if (bHeld && fork() == 0)
-            _exit(read(anPipe[0], &cByte, 1) == 0 ? 0 : 1); // until the test closes its end
-        _exit(bHeld ? 42 : 1);
+        close(anLife[1]);
+        LeaveACopy(strName, anLife[0], anReady[1]);
     }
     int nStatus = 0;
     waitpid(nHolder, &nStatus, 0);
+    char cReady = 0;
     EXPECT_EQ(42, WEXITSTATUS(nStatus));
+    EXPECT_EQ(1, read(anReady[0], &cReady, 1));
     EXPECT_TRUE(Exists(strName));
     EXPECT_TRUE(CanBeAcquired(strName));
     EXPECT_TRUE(CanBeAcquired(strName + "2"));
-    close(anPipe[0]);
-    close(anPipe[1]);
+    for (const int nEnd : {anLife[0], anLife[1], anReady[0], anReady[1]})
+        close(nEnd);
 }
 
 TEST(KorPidFile, AStartedProgramDoesNotInheritIt)
