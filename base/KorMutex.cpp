@@ -5,6 +5,12 @@
 namespace
 {
 
+// What m_nState holds. Only whoever is to wait, and whoever frees a mutex that somebody may wait
+// for, goes through the guard; a mutex that is free is taken and given back by one exchange each.
+constexpr int FREE = 0;
+constexpr int HELD = 1;
+constexpr int AWAITED = 2; // held, and somebody may wait for it
+
 timespec MonotonicTimeIn(unsigned int nMilliseconds)
 {
     timespec oTime;
@@ -20,9 +26,9 @@ timespec MonotonicTimeIn(unsigned int nMilliseconds)
 
 } // namespace
 
-// A flag under a condition variable instead of a plain pthread mutex: only the condition
+// A state and a condition variable instead of a plain pthread mutex: only the condition
 // variable can be told to time out on the monotonic clock in every C library.
-CKorMutex::CKorMutex() : m_bHeld(false)
+CKorMutex::CKorMutex() : m_nState(FREE)
 {
     pthread_mutex_init(&m_oGuard, nullptr);
     pthread_condattr_t oAttributes;
@@ -40,33 +46,38 @@ CKorMutex::~CKorMutex()
 
 bool CKorMutex::Lock(unsigned int nTimeout)
 {
-    pthread_mutex_lock(&m_oGuard);
-    const bool bFree = WaitUntilFree(nTimeout);
-    if (bFree)
-        m_bHeld = true;
-    pthread_mutex_unlock(&m_oGuard);
-    return bFree;
+    int nState = FREE;
+    if (m_nState.compare_exchange_strong(nState, HELD, std::memory_order_acquire))
+        return true;
+    return nTimeout != 0 && WaitAndTake(nTimeout);
 }
 
-bool CKorMutex::WaitUntilFree(unsigned int nTimeout)
+bool CKorMutex::WaitAndTake(unsigned int nTimeout)
 {
-    if (!m_bHeld || nTimeout == 0)
-        return !m_bHeld;
-
     const timespec oDeadline = MonotonicTimeIn(nTimeout);
-    int nError = 0;
-    while (m_bHeld && nError == 0) {
-        nError = nTimeout == WAIT_FOREVER
-                     ? pthread_cond_wait(&m_oFreed, &m_oGuard)
-                     : pthread_cond_timedwait(&m_oFreed, &m_oGuard, &oDeadline);
-    }
-    return !m_bHeld;
+    pthread_mutex_lock(&m_oGuard);
+    // Once more after the time ran out: the signal may have come at that very moment.
+    bool bInTime = true;
+    bool bTaken = false;
+    while (!(bTaken = m_nState.exchange(AWAITED, std::memory_order_acquire) == FREE) && bInTime)
+        bInTime = WaitForSignal(nTimeout, oDeadline);
+    pthread_mutex_unlock(&m_oGuard);
+    return bTaken;
+}
+
+bool CKorMutex::WaitForSignal(unsigned int nTimeout, const timespec& oDeadline)
+{
+    if (nTimeout == WAIT_FOREVER)
+        return pthread_cond_wait(&m_oFreed, &m_oGuard) == 0;
+    return pthread_cond_timedwait(&m_oFreed, &m_oGuard, &oDeadline) == 0;
 }
 
 void CKorMutex::Unlock()
 {
+    if (m_nState.exchange(FREE, std::memory_order_release) != AWAITED)
+        return;
+    // Under the guard, so that a thread which has just found the mutex held is waiting by now.
     pthread_mutex_lock(&m_oGuard);
-    m_bHeld = false;
     pthread_cond_signal(&m_oFreed);
     pthread_mutex_unlock(&m_oGuard);
 }

@@ -6,13 +6,14 @@
 #include "base/KorBaseExport.h"
 #include "base/KorThreadSafety.h"
 
+#include <atomic>
 #include <pthread.h>
 
 /// A lock that one thread holds at a time.
 ///
 /// Not recursive: a thread that locks it again waits like any other. Every operation may be
 /// called from any thread, but not from a signal handler. Destroy it only when nobody holds it
-/// or waits for it.
+/// or waits for it and each Unlock() has returned.
 class TARVO_BASE_API KOR_CAPABILITY("mutex") CKorMutex
 {
 public:
@@ -33,9 +34,10 @@ public:
     void Unlock() KOR_RELEASE();
 
 private:
-    TARVO_BASE_LOCAL bool WaitUntilFree(unsigned int nTimeout);
+    TARVO_BASE_LOCAL bool WaitAndTake(unsigned int nTimeout);
+    TARVO_BASE_LOCAL bool WaitForSignal(unsigned int nTimeout, const timespec& oDeadline);
 
     pthread_mutex_t m_oGuard;
     pthread_cond_t m_oFreed;
-    bool m_bHeld;
+    std::atomic<int> m_nState;
 };
