@@ -13,10 +13,10 @@
 
 /// A serial port.
 ///
-/// open() opens and configures the device and starts a thread that reads it character by
-/// character. Each character goes to DataInd(), which keeps it in a buffer; from there the
-/// application takes it, at once with GetReceivedData() or when enough has come with
-/// WaitForData(). A request and its answer take three lines:
+/// open() opens and configures the device and starts a thread that reads what the device holds.
+/// Each character goes to DataInd(), which keeps it in a buffer; from there the application takes
+/// it, at once with GetReceivedData() or when enough has come with WaitForData(). A request and
+/// its answer take three lines:
 ///
 ///     port.ClearBuffer();
 ///     port.DataReq("ID?\r", 4, 0);
@@ -26,7 +26,8 @@
 /// device. The port sets speed, parity, stop bits and character size, switches to
 /// non-canonical input without echo and signals, and ends the translation of line ends on
 /// output. Everything else (`VMIN`, `VTIME`, `CLOCAL`, `CREAD`, `CRTSCTS`, `OPOST`, the
-/// translations on input) stays as the driver has it.
+/// translations on input) stays as the driver has it. A driver's usual settings are not
+/// transparent: a received CR arrives as LF, and XON and XOFF are taken out.
 ///
 /// **Results.** Operations that return an `int` return one of the `SERIAL_` codes. All time-outs
 /// are in milliseconds.
@@ -37,12 +38,13 @@
 /// it again.
 ///
 /// **Threads.** One thread owns the port: it opens, configures, closes and consumes. DataReq()
-/// may run while the receive thread reads, and in a thread of its own. DataInd() runs on the
-/// receive thread.
+/// may run while the receive thread reads, and in a thread of its own, but not while open() or
+/// close() runs. DataInd() runs on the receive thread.
 ///
 /// **Deriving.** The destructor closes the port, but it runs after the destructors of derived
 /// classes. A derived class, above all one that overrides DataInd(), therefore calls close() in
-/// its own destructor, until it no longer returns #SERIAL_THREAD_RUNNING.
+/// its own destructor, and again when it returns #SERIAL_THREAD_RUNNING and DataInd() is known to
+/// come to an end.
 class TARVO_EXT_API CKorSerial
 {
 public:
@@ -135,11 +137,14 @@ public:
     public:
         /// A thread with the system's default stack and a time-out of 100 ms, without a port.
         CKorSerialRcvThread();
-        /// Ends the thread and waits for it, without limit.
+        /// Asks the thread to end and waits for it, for a second and one time-out. The base class
+        /// then has the last word.
         ~CKorSerialRcvThread() override;
 
-        /// Reads characters and hands them to CKorSerial::DataInd until termination is asked
-        /// for, which it sees within one time-out. Returns at once without a port.
+        /// Reads what the device holds and hands it to CKorSerial::DataInd, character by
+        /// character, until termination is asked for, which it sees after each character and
+        /// within one time-out. What it has read and not handed on by then is lost. Returns at
+        /// once without a port.
         void Run() override;
 
         using CKorThread::Initialize;
@@ -159,22 +164,24 @@ public:
 
     /// A closed port.
     CKorSerial();
-    /// Closes the port, for as long as that takes. Characters not taken are lost.
+    /// Calls close(). A receive thread that did not end within its second gets one time-out more;
+    /// then the device is closed in any case. Characters not taken are lost.
     virtual ~CKorSerial();
     CKorSerial(const CKorSerial&) = delete;
     CKorSerial& operator=(const CKorSerial&) = delete;
 
     /// Takes one received character; called on the receive thread. Appends it to the buffer from
     /// which all other operations take; an override that does not call this one keeps the
-    /// characters for itself. It must not close the port.
+    /// characters for itself. It must neither close the port nor read the device, of which more
+    /// may have been read already. An exception that leaves it ends the process.
     virtual void DataInd(char c);
 
     /// A hook for derived classes that watch modem lines. Does nothing; the library never calls it.
     virtual void LineStateInd(E_RTS_STATE eRts, E_DTR_STATE eDtr);
 
-    /// Opens the device, applies the settings and starts reception. Input and output that the
-    /// device still holds are lost. An open port is not closed before: close() it first, or its
-    /// descriptor stays open and unreachable.
+    /// Opens the device, applies the settings and starts reception. Output that the device still
+    /// holds is sent first, for as long as that takes; input that it holds is lost. An open port is
+    /// not closed before: close() it first, or its descriptor stays open and unreachable.
     /// @param pszDevice   name of the device; null reads as the empty name
     /// @param eBaudrate   speed in both directions
     /// @param eParity     parity
@@ -182,7 +189,9 @@ public:
     /// @param eByteSize   character size
     /// @param pXonXoff    software flow control; null leaves the device's as it is. Not kept.
     /// @return #SERIAL_OK or #SERIAL_OPEN_ERROR; after the latter the device may be open without
-    ///         reception, which close() ends
+    ///         reception, which close() ends. #SERIAL_OK does not tell that reception works: with
+    ///         a descriptor of 1,024 or more, or when the system has no room for a thread, the
+    ///         port sends but is deaf.
     int open(const char* pszDevice, E_BAUDRATE eBaudrate, E_PARITY eParity,
              E_NUM_STOPBITS eStopbits, E_BYTESIZE eByteSize, CKorXonXoff* pXonXoff);
 
@@ -196,9 +205,10 @@ public:
     int InitPort(E_BAUDRATE eBaudrate, E_PARITY eParity, E_NUM_STOPBITS eStopbits,
                  E_BYTESIZE eByteSize, CKorXonXoff* pXonXoff);
 
-    /// Edits the speed of both directions; InitPort() applies it.
+    /// Edits the speed of both directions; InitPort() applies it. An unknown speed, such as
+    /// 12345, keeps the earlier one.
     /// @param nSpeed  one of #E_BAUDRATE
-    /// @return 0, or -1 for an unknown speed on platforms that tell
+    /// @return 0, also for an unknown speed
     int SetBaudrate(int nSpeed);
 
     /// Edits the parity; InitPort() applies it. Any value but odd and none gives even parity.
@@ -215,7 +225,8 @@ public:
     /// with the record's two characters, whatever its use flag says; null changes nothing.
     void SetXonXoff(CKorXonXoff* pXonXoff);
 
-    /// Does nothing: InitPort() always makes the port transparent.
+    /// Does nothing. InitPort() switches line mode, echo and signals off whatever was asked here;
+    /// the translations on input it leaves as the driver has them.
     void UseBinary(bool bBinary);
 
     /// Stops reception and closes the device. Takes up to one second; received characters stay
@@ -227,7 +238,8 @@ public:
     /// Discards all received characters.
     void ClearBuffer();
 
-    /// Sends data. Blocks while the device's output buffer is full.
+    /// Sends data. Blocks while the device's output buffer is full. May run in a thread of its
+    /// own, but not while open() or close() runs.
     /// @param pData     the bytes; null only with length 0
     /// @param nLength   how many bytes
     /// @param nTimeout  without effect
@@ -291,14 +303,7 @@ public:
     int WaitForData(const std::string& strDelimiter, std::string& strData, int nTimeout);
 
 private:
-    enum EReadEvent
-    {
-        READ_CHARACTER,
-        READ_NOTHING,      // a read of 0 bytes
-        READ_NONE_IN_TIME, // time-out, or a signal ended the wait
-        READ_FAILED
-    };
-    TARVO_EXT_LOCAL EReadEvent Read(char& c, unsigned int nTimeout);
+    TARVO_EXT_LOCAL void CloseDevice();
 
 protected:
     CKorMutexBuffer m_oRcvBuffer;     ///< Received characters not taken yet.

@@ -14,6 +14,8 @@ namespace
 std::vector<unsigned int> vecSleeps;
 std::function<void()> fnDuringSleep;
 
+int nThreadState = 3;
+
 } // namespace
 
 // This program brings its own Sleep(), which takes the place of the base library's: it counts
@@ -23,6 +25,12 @@ void CKorThread::Sleep(unsigned int nSeconds, unsigned int nMilliseconds)
     vecSleeps.push_back(nSeconds * 1000 + nMilliseconds);
     if (fnDuringSleep)
         fnDuringSleep();
+}
+
+// As a board's base library may have it: the state of a thread that was never started.
+int CKorThread::GetState() const
+{
+    return nThreadState;
 }
 
 namespace
@@ -178,6 +186,54 @@ TEST_F(KorSerialWait, ClearBufferDiscardsWhatWasReceived)
     Receive("old");
     m_oPort.ClearBuffer();
     EXPECT_EQ("", m_oPort.GetReceivedData());
+}
+
+/// A state of threads for the scope.
+class ThreadState
+{
+public:
+    explicit ThreadState(int nState) { nThreadState = nState; }
+    ~ThreadState() { nThreadState = 3; }
+    ThreadState(const ThreadState&) = delete;
+    ThreadState& operator=(const ThreadState&) = delete;
+};
+
+TEST_F(KorSerialWait, CloseWaitsASecondForTheThread)
+{
+    const ThreadState oRunning(2);
+    EXPECT_EQ(8, m_oPort.close());
+    EXPECT_EQ(Sleeps(40), vecSleeps);
+}
+
+TEST_F(KorSerialWait, CloseSeesAThreadThatEndsWithTheLastSleep)
+{
+    const ThreadState oRunning(2);
+    fnDuringSleep = [] { nThreadState = vecSleeps.size() == 40 ? 3 : 2; };
+    EXPECT_EQ(0, m_oPort.close());
+    EXPECT_EQ(Sleeps(40), vecSleeps);
+}
+
+TEST_F(KorSerialWait, APortIsDestroyedAlsoWhereAThreadNeverReportsItsEnd)
+{
+    for (const int nState : {0, 1, 2}) {
+        const ThreadState oNeverEnded(nState);
+        vecSleeps.clear();
+        {
+            const CKorSerial oPort;
+        }
+        EXPECT_EQ(Sleeps(40 + 4), vecSleeps) << "the time of close() and one time-out";
+    }
+}
+
+TEST_F(KorSerialWait, AThreadIsDestroyedAlsoWhereItNeverReportsItsEnd)
+{
+    const ThreadState oNeverEnded(0);
+    {
+        CKorSerial::CKorSerialRcvThread oThread;
+        oThread.SetTimeout(50);
+        oThread.Initialize(&m_oPort);
+    }
+    EXPECT_EQ(Sleeps(40 + 2), vecSleeps);
 }
 
 } // namespace
