@@ -1,5 +1,9 @@
 #include "base/KorMutex.h"
+#include "tests/support/Patience.h"
+#include "tests/support/ThreadState.h"
 
+#include <array>
+#include <atomic>
 #include <chrono>
 #include <gtest/gtest.h>
 #include <thread>
@@ -48,11 +52,42 @@ TEST(KorMutex, UnlockLetsAWaitingThreadGoOn)
 {
     CKorMutex oMutex;
     ASSERT_TRUE(oMutex.Lock(0));
-    bool bTaken = false;
-    std::thread oWaiter([&] { bTaken = oMutex.Lock(CKorMutex::WAIT_FOREVER); });
+    std::atomic<int> nWaiter(0);
+    std::atomic<bool> bTaken(false);
+    std::thread oWaiter([&] {
+        nWaiter = ThreadId();
+        bTaken = oMutex.Lock(CKorMutex::WAIT_FOREVER);
+    });
+    ASSERT_TRUE(WaitUntil([&] { return nWaiter != 0 && IsAsleep(nWaiter); }));
     oMutex.Unlock();
+    ASSERT_TRUE(WaitUntil([&] { return bTaken.load(); }));
     oWaiter.join();
-    EXPECT_TRUE(bTaken);
+}
+
+TEST(KorMutex, EveryUnlockLetsOneOfTheWaitingThreadsGoOn)
+{
+    constexpr int WAITERS = 3;
+    CKorMutex oMutex;
+    ASSERT_TRUE(oMutex.Lock(0));
+    std::array<std::atomic<int>, WAITERS> anIds{};
+    std::atomic<int> nTaken(0);
+    std::vector<std::thread> vecWaiters;
+    for (std::atomic<int>& nId : anIds) {
+        vecWaiters.emplace_back([&] {
+            nId = ThreadId();
+            oMutex.Lock(CKorMutex::WAIT_FOREVER);
+            ++nTaken;
+        });
+    }
+    for (const std::atomic<int>& nId : anIds)
+        ASSERT_TRUE(WaitUntil([&] { return nId != 0 && IsAsleep(nId); }));
+    for (int nUnlocked = 1; nUnlocked <= WAITERS; ++nUnlocked) {
+        oMutex.Unlock();
+        ASSERT_TRUE(WaitUntil([&] { return nTaken == nUnlocked; }));
+        EXPECT_FALSE(oMutex.Lock(0));
+    }
+    for (std::thread& oWaiter : vecWaiters)
+        oWaiter.join();
 }
 
 TEST(KorMutex, AnUnlockTooManyDoesNotAdmitTwoHolders)

@@ -2,6 +2,7 @@
 #include "examples/modbus/ModbusRtuClient.h"
 #include "serial/KorSerial.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Patience.h"
 
 #include <cstdint>
 #include <fcntl.h>
@@ -16,7 +17,6 @@ namespace
 
 using Values = std::vector<std::uint16_t>;
 
-constexpr int PATIENCE_MS = 60000;
 const ModbusRequest ALL_REGISTERS = {1, MODBUS_READ_INPUT_REGISTERS, 0, 6};
 
 std::vector<std::string> CommandLine(const std::vector<std::string>& vecOptions)

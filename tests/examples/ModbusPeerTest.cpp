@@ -3,6 +3,7 @@
 #include "tests/examples/SocatLine.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Emulation.h"
+#include "tests/support/Patience.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -12,7 +13,6 @@
 namespace
 {
 
-constexpr int PATIENCE_MS = 60000;
 constexpr std::uint8_t STATION = 17;
 constexpr int REGISTERS = 300;
 

@@ -1,6 +1,7 @@
 #include "examples/modbus/ModbusRtu.h"
 #include "examples/modbus/ModbusRtuClient.h"
 #include "serial/KorSerial.h"
+#include "tests/support/Patience.h"
 #include "tests/support/PseudoTerminal.h"
 
 #include <cstdint>
@@ -130,7 +131,6 @@ protected:
         return eResult;
     }
 
-    static constexpr int PATIENCE_MS = 60000;
     PseudoTerminal m_oLine;
     CKorSerial m_oPort;
     Values m_vecValues;

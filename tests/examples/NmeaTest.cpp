@@ -1,6 +1,7 @@
 #include "serial/KorSerial.h"
 #include "tests/examples/SocatLine.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Patience.h"
 #include "tests/support/ScratchDir.h"
 
 #include <cstdio>
@@ -9,8 +10,6 @@
 
 namespace
 {
-
-constexpr int PATIENCE_MS = 60000;
 
 // As receivers send them; the checksums are theirs.
 const char* const RECORDED[] = {

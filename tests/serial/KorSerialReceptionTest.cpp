@@ -1,5 +1,6 @@
 #include "serial/KorSerial.h"
 #include "tests/serial/SerialTestPort.h"
+#include "tests/support/Patience.h"
 #include "tests/support/PseudoTerminal.h"
 
 #include <atomic>
@@ -18,8 +19,6 @@
 
 namespace
 {
-
-constexpr int PATIENCE_MS = 60000;
 
 /// A raw line and a port on it whose receive thread does not run.
 class KorSerialRead : public testing::Test
@@ -337,6 +336,40 @@ TEST_F(KorSerialReception, TheDestructorOutwaitsASlowThread)
         CKorThread::Sleep(0, 50); // the thread has most likely begun its long wait
     }
     EXPECT_EQ(-1, fcntl(hPort, F_GETFD));
+}
+
+TEST_F(KorSerialReception, NoCharacterIsHandedOnOnceTerminationIsAskedFor)
+{
+    class Ending : public RecordingPort
+    {
+    public:
+        void DataInd(char c) override
+        {
+            RecordingPort::DataInd(c);
+            if (c == 'B')
+                m_oRcvThread.Terminate();
+        }
+    };
+    Ending oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    m_oLine.Send("ABCDEF");
+    while (oPort.m_oRcvThread.GetState() != 3)
+        CKorThread::Sleep(0, 1);
+    EXPECT_EQ("AB", oPort.m_oRecord.GetBuffer());
+}
+
+// A read of more than is there would wait up to 25 s for the rest of the driver's minimum.
+TEST_F(KorSerialReception, CharactersNeedNotWaitForTheDriversMinimum)
+{
+    termios oSettings = m_oLine.Settings();
+    oSettings.c_cc[VMIN] = 255;
+    oSettings.c_cc[VTIME] = 255;
+    m_oLine.Apply(oSettings);
+    TestPort oPort;
+    ASSERT_EQ(0, oPort.open(m_oLine));
+    m_oLine.Send("ABC");
+    EXPECT_EQ(0, oPort.WaitForResponse(3, 12000));
+    EXPECT_EQ("ABC", oPort.GetReceivedData());
 }
 
 TEST(KorSerialRcvThread, WaitsAHundredMillisecondsUnlessToldOtherwise)

@@ -1,5 +1,6 @@
 #include "serial/KorSerial.h"
 #include "tests/serial/SerialTestPort.h"
+#include "tests/support/Patience.h"
 #include "tests/support/PseudoTerminal.h"
 
 #include <atomic>
@@ -21,8 +22,6 @@
 
 namespace
 {
-
-constexpr int PATIENCE_MS = 60000;
 
 /// Bytes of every value in an order that shows losses and exchanges.
 std::string Stream(std::size_t nLength, unsigned int nSeed = 1)

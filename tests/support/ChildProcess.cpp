@@ -1,5 +1,7 @@
 #include "tests/support/ChildProcess.h"
 
+#include "tests/support/Patience.h"
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -12,7 +14,6 @@
 namespace
 {
 
-constexpr std::chrono::seconds PATIENCE(60);
 constexpr std::chrono::milliseconds POLL_INTERVAL(2);
 
 int UnnamedFile()

@@ -1,4 +1,5 @@
 #include "tests/support/PseudoTerminal.h"
+#include "tests/support/Patience.h"
 
 #include <algorithm>
 #include <fcntl.h>
@@ -6,13 +7,6 @@
 #include <poll.h>
 #include <stdlib.h>
 #include <unistd.h>
-
-namespace
-{
-
-constexpr int PATIENCE_MS = 60000;
-
-} // namespace
 
 PseudoTerminal::PseudoTerminal() : m_nMaster(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
 {

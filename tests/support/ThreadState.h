@@ -1,0 +1,7 @@
+#pragma once
+
+/// The system's number of the calling thread.
+int ThreadId();
+
+/// Whether a thread of this process sleeps: in a wait, for a lock, or in a system call.
+bool IsAsleep(int nThread);
