@@ -7,6 +7,7 @@
 
 #include "config/KorConfigBase.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -128,8 +129,12 @@ protected:
     std::vector<SOptionLine*> m_apOptionLines; ///< the document's lines, owned
 
 private:
+    struct SDocument;
+
     TARVO_EXT_LOCAL bool IsCaseSensitiv() const;
-    TARVO_EXT_LOCAL void FreeLines();
+    TARVO_EXT_LOCAL SDocument& Document();
+
+    std::unique_ptr<SDocument> m_pDocument; ///< places and finds the lines
 };
 
 /// Exchanges one option with a variable: the step of which a program's `DoOptionExchange` is

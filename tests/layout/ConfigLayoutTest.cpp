@@ -119,6 +119,7 @@ struct IniExchangeMirror : CKorConfigExchange
 {
     CKorIniFile* m_pIniFile;
     std::vector<OptionLine*> m_apOptionLines;
+    void* m_pDocument; ///< private
 };
 
 struct IniExchangeProbe : CKorIniOptionExchange

@@ -1,0 +1,451 @@
+#pragma once
+
+// The lines of an INI document: where a line is placed, and the index in which names are found.
+// Not installed.
+
+#include "config/KorIniGrammarDetail.h"
+#include "config/KorIniNamesDetail.h"
+#include "config/KorIniTableDetail.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+/// Places, finds and removes the lines of a list.
+///
+/// As long as nobody else changes the lines, an index knows the first line of each name, and lines
+/// that belong behind the first one of their section wait, until somebody asks for the list, to be
+/// put there all at once: reading a file, setting and finding an option take constant time a line.
+/// Lines that others may change are searched one by one, and each line is put where it belongs at
+/// once.
+///
+/// @tparam TLine  CKorIniOptionExchange::SOptionLine or a record with its members
+template <class TLine>
+class CKorIniDocument
+{
+public:
+    using Lines = std::vector<TLine*>;
+
+    enum EPlace
+    {
+        PLACE_NONE,   ///< a blank line, which is not kept
+        PLACE_END,    ///< appended as it is
+        PLACE_ABOVE,  ///< moved up behind the first line of its section; a comment is appended
+        PLACE_COMMENT ///< repeats a name and is appended as a comment
+    };
+
+    /// What became of a line that was placed.
+    struct SPlaced
+    {
+        EPlace m_ePlace = PLACE_NONE;
+        TLine* m_pLine = nullptr;   ///< the line in force: this one, or the one that it repeats
+        TLine* m_pOpened = nullptr; ///< the first line of the section that a line moved to
+    };
+
+    /// @param apLines  the lines, which this object frees; must outlive it
+    explicit CKorIniDocument(Lines& apLines) : m_apLines(apLines) {}
+    ~CKorIniDocument();
+    CKorIniDocument(const CKorIniDocument&) = delete;
+    CKorIniDocument& operator=(const CKorIniDocument&) = delete;
+
+    /// Says what holds for the operations that follow.
+    /// @param bShared  others may have changed the lines
+    void Use(CKorIniNameRule oRule, bool bShared);
+
+    /// Frees all lines, so that nobody else holds one, and goes on with this rule.
+    void Clear(CKorIniNameRule oRule);
+
+    /// The lines in order.
+    const Lines& Settled();
+
+    /// As CKorIniOptionExchange::FindOption(), for somebody who may keep lines and change them
+    /// until they are freed.
+    typename Lines::iterator HandOut(const SKorIniName& oName);
+
+    /// As CKorIniOptionExchange::AddOptionLine().
+    SPlaced Place(std::string_view strText, std::string& strCurrentSection);
+
+    /// The first line with the name, or null.
+    TLine* Find(const SKorIniName& oName);
+
+    /// As CKorIniOptionExchange::SetOptionString().
+    void Set(const SKorIniName& oName, std::string_view strValue);
+
+    /// As CKorIniOptionExchange::RemoveOption().
+    void Remove(const SKorIniName& oName);
+
+    /// As CKorIniOptionExchange::GetSections().
+    std::vector<std::string> Sections();
+
+    /// As CKorIniOptionExchange::GetOptions().
+    std::vector<std::string> Options(std::string_view strSection);
+
+private:
+    struct SSection
+    {
+        TLine* m_pFirst;
+        size_t m_nFirst;      ///< its place in the list
+        uint32_t m_nHash;     ///< of the name
+        size_t m_nNewest = 0; ///< 1 + its last line in m_vecWaiting; 0 for none
+    };
+    struct SSectionSlot
+    {
+        bool IsFree() const { return m_nSection == 0; }
+        uint32_t m_nHash = 0;
+        uint32_t m_nSection = 0; ///< 1 + its place in m_vecSections
+    };
+    struct SOptionSlot
+    {
+        bool IsFree() const { return m_pLine == nullptr; }
+        uint32_t m_nHash = 0;
+        uint32_t m_nSection = 0;
+        TLine* m_pLine = nullptr;
+    };
+    struct SWaiting
+    {
+        std::unique_ptr<TLine> m_pLine;
+        size_t m_nOlder; ///< as SSection::m_nNewest
+    };
+
+    SPlaced PlaceName(TLine& oLine);
+    const TLine* LastOfASection() const;
+    void Append(std::unique_ptr<TLine> pLine);
+    void InsertBehindFirst(std::unique_ptr<TLine> pLine);
+    typename Lines::iterator Search(const SKorIniName& oName);
+
+    void BuildIndex();
+    void DropIndex();
+    void AddToIndex(TLine* pLine, size_t nPlace);
+    void AddOptionToIndex(TLine* pLine, uint32_t nSection);
+    uint32_t SectionOf(std::string_view strSection);
+    TLine* FindOption(uint32_t nSection, std::string_view strOption) const;
+    TLine* FindIndexed(const SKorIniName& oName);
+
+    static constexpr unsigned int SEARCHES = 10;
+
+    Lines& m_apLines;
+    CKorIniNameRule m_oRule = CKorIniNameRule(false);
+    bool m_bShared = false;
+    bool m_bHandedOut = false;
+    bool m_bIndexed = false;
+    unsigned int m_nSearches = 0;        ///< without an index
+    std::vector<SSection> m_vecSections; ///< in the order of their first lines
+    CKorIniTable<SSectionSlot> m_oSections;
+    CKorIniTable<SOptionSlot> m_oOptions;
+    std::vector<SWaiting> m_vecWaiting;
+    uint32_t m_nLatest = 0; ///< the section found last, as SSectionSlot::m_nSection
+    const TLine* m_pLastOfASection = nullptr;
+};
+
+template <class TLine>
+CKorIniDocument<TLine>::~CKorIniDocument()
+{
+    Clear(m_oRule);
+}
+
+template <class TLine>
+void CKorIniDocument<TLine>::Use(CKorIniNameRule oRule, bool bShared)
+{
+    m_bShared = bShared || m_bHandedOut;
+    if (m_bShared || !m_bIndexed || !(oRule == m_oRule))
+        DropIndex();
+    m_oRule = oRule;
+}
+
+template <class TLine>
+typename CKorIniDocument<TLine>::Lines::iterator
+CKorIniDocument<TLine>::HandOut(const SKorIniName& oName)
+{
+    m_bHandedOut = true;
+    DropIndex();
+    return Search(oName);
+}
+
+template <class TLine>
+typename CKorIniDocument<TLine>::Lines::iterator
+CKorIniDocument<TLine>::Search(const SKorIniName& oName)
+{
+    return std::find_if(m_apLines.begin(), m_apLines.end(), [&](const TLine* pLine) {
+        return (oName.m_strOption.empty() ||
+                m_oRule.Equal(pLine->m_strOption, oName.m_strOption)) &&
+               m_oRule.Equal(pLine->m_strSection, oName.m_strSection);
+    });
+}
+
+template <class TLine>
+void CKorIniDocument<TLine>::Clear(CKorIniNameRule oRule)
+{
+    m_vecWaiting.clear();
+    DropIndex();
+    for (const TLine* pLine : m_apLines)
+        delete pLine;
+    m_apLines.clear();
+    m_oRule = oRule;
+    m_bShared = false;
+    m_bHandedOut = false;
+    m_bIndexed = true;
+}
+
+template <class TLine>
+typename CKorIniDocument<TLine>::SPlaced
+CKorIniDocument<TLine>::Place(std::string_view strText, std::string& strCurrentSection)
+{
+    std::unique_ptr<TLine> pLine = KorIniMakeLine<TLine>(strText, strCurrentSection);
+    if (pLine == nullptr)
+        return {};
+    pLine->m_strSection = strCurrentSection;
+    SPlaced oPlaced{PLACE_END, pLine.get(), nullptr};
+    if (pLine->m_bSection || !pLine->m_strOption.empty())
+        oPlaced = PlaceName(*pLine);
+    Append(std::move(pLine));
+    return oPlaced;
+}
+
+/// Finds the place of a header or an option, which becomes a comment when that is another one.
+template <class TLine>
+typename CKorIniDocument<TLine>::SPlaced CKorIniDocument<TLine>::PlaceName(TLine& oLine)
+{
+    const TLine* const pAbove = LastOfASection();
+    const std::string_view strAbove = pAbove != nullptr ? pAbove->m_strSection : std::string_view();
+    SPlaced oPlaced{PLACE_END, &oLine, nullptr};
+    if (TLine* pFirst = Find({oLine.m_strSection, oLine.m_strOption})) {
+        oPlaced = {PLACE_COMMENT, pFirst, nullptr};
+    } else if (!oLine.m_bSection && strAbove != oLine.m_strSection) {
+        // The section was opened again, and its second header is a comment now.
+        if (TLine* pOpened = Find({oLine.m_strSection, {}})) {
+            auto pMoved = std::make_unique<TLine>(oLine);
+            oPlaced = {PLACE_ABOVE, pMoved.get(), pOpened};
+            InsertBehindFirst(std::move(pMoved));
+        }
+    }
+    if (oPlaced.m_ePlace != PLACE_END) {
+        KorIniCommentOut(oLine, strAbove);
+    }
+    return oPlaced;
+}
+
+template <class TLine>
+TLine* CKorIniDocument<TLine>::Find(const SKorIniName& oName)
+{
+    // An index costs what ten searches cost.
+    if (!m_bIndexed && !m_bShared && ++m_nSearches > SEARCHES)
+        BuildIndex();
+    if (m_bIndexed)
+        return FindIndexed(oName);
+    const auto itLine = Search(oName);
+    return itLine != m_apLines.end() ? *itLine : nullptr;
+}
+
+template <class TLine>
+void CKorIniDocument<TLine>::Set(const SKorIniName& oName, std::string_view strValue)
+{
+    if (TLine* pLine = Find(oName)) {
+        pLine->m_strValue = strValue;
+        return;
+    }
+    auto pLine = std::make_unique<TLine>();
+    pLine->m_strSection = oName.m_strSection;
+    pLine->m_strOption = oName.m_strOption;
+    pLine->m_strValue = strValue;
+    if (Find({oName.m_strSection, {}}) == nullptr) {
+        auto pHeader = std::make_unique<TLine>();
+        pHeader->m_strSection = oName.m_strSection;
+        pHeader->m_bSection = true;
+        Append(std::move(pHeader));
+    }
+    InsertBehindFirst(std::move(pLine));
+}
+
+template <class TLine>
+void CKorIniDocument<TLine>::Remove(const SKorIniName& oName)
+{
+    Settled();
+    const auto itLine = Search(oName);
+    if (itLine == m_apLines.end())
+        return;
+    DropIndex();
+    delete *itLine;
+    m_apLines.erase(itLine);
+}
+
+template <class TLine>
+std::vector<std::string> CKorIniDocument<TLine>::Sections()
+{
+    std::vector<std::string_view> vecNames;
+    for (const TLine* pLine : Settled()) {
+        if (!pLine->m_strSection.empty())
+            vecNames.emplace_back(pLine->m_strSection);
+    }
+    return KorIniSortedOnce(vecNames, m_oRule);
+}
+
+template <class TLine>
+std::vector<std::string> CKorIniDocument<TLine>::Options(std::string_view strSection)
+{
+    std::vector<std::string_view> vecNames;
+    for (const TLine* pLine : Settled()) {
+        if (!pLine->m_strOption.empty() && m_oRule.Equal(pLine->m_strSection, strSection))
+            vecNames.emplace_back(pLine->m_strOption);
+    }
+    return KorIniSortedOnce(vecNames, m_oRule);
+}
+
+template <class TLine>
+const typename CKorIniDocument<TLine>::Lines& CKorIniDocument<TLine>::Settled()
+{
+    if (m_vecWaiting.empty())
+        return m_apLines;
+    Lines apSettled;
+    apSettled.reserve(m_apLines.size() + m_vecWaiting.size());
+    auto itFrom = m_apLines.begin();
+    for (SSection& oSection : m_vecSections) {
+        const auto itBehind =
+            m_apLines.begin() + static_cast<std::ptrdiff_t>(oSection.m_nFirst) + 1;
+        apSettled.insert(apSettled.end(), itFrom, itBehind);
+        itFrom = itBehind;
+        oSection.m_nFirst = apSettled.size() - 1;
+        for (size_t n = oSection.m_nNewest; n != 0; n = m_vecWaiting[n - 1].m_nOlder)
+            apSettled.push_back(m_vecWaiting[n - 1].m_pLine.release());
+        oSection.m_nNewest = 0;
+    }
+    apSettled.insert(apSettled.end(), itFrom, m_apLines.end());
+    m_apLines.swap(apSettled);
+    m_vecWaiting.clear();
+    return m_apLines;
+}
+
+/// The last line that has a section with a name.
+template <class TLine>
+const TLine* CKorIniDocument<TLine>::LastOfASection() const
+{
+    if (m_bIndexed)
+        return m_pLastOfASection;
+    const auto itLine = std::find_if(m_apLines.rbegin(), m_apLines.rend(), [](const auto* pLine) {
+        return !pLine->m_strSection.empty();
+    });
+    return itLine != m_apLines.rend() ? *itLine : nullptr;
+}
+
+template <class TLine>
+void CKorIniDocument<TLine>::Append(std::unique_ptr<TLine> pLine)
+{
+    m_apLines.push_back(pLine.get());
+    pLine.release();
+    if (m_bIndexed)
+        AddToIndex(m_apLines.back(), m_apLines.size() - 1);
+}
+
+/// Inserts behind the first line of the line's section, which exists.
+template <class TLine>
+void CKorIniDocument<TLine>::InsertBehindFirst(std::unique_ptr<TLine> pLine)
+{
+    if (!m_bIndexed) {
+        const auto itFirst = Search({pLine->m_strSection, {}});
+        const auto itLine = m_apLines.insert(itFirst + 1, nullptr);
+        *itLine = pLine.release();
+        return;
+    }
+    const uint32_t nSection = SectionOf(pLine->m_strSection);
+    SSection& oSection = m_vecSections[nSection - 1];
+    // So no line that waits is the last one.
+    if (oSection.m_nFirst + 1 == m_apLines.size()) {
+        Append(std::move(pLine));
+        return;
+    }
+    m_vecWaiting.push_back({std::move(pLine), oSection.m_nNewest});
+    oSection.m_nNewest = m_vecWaiting.size();
+    AddOptionToIndex(m_vecWaiting.back().m_pLine.get(), nSection);
+}
+
+template <class TLine>
+void CKorIniDocument<TLine>::BuildIndex()
+{
+    DropIndex();
+    m_bIndexed = true;
+    for (size_t i = 0; i < m_apLines.size(); ++i)
+        AddToIndex(m_apLines[i], i);
+}
+
+template <class TLine>
+void CKorIniDocument<TLine>::DropIndex()
+{
+    Settled();
+    m_bIndexed = false;
+    m_nSearches = 0;
+    m_vecSections.clear();
+    m_oSections.Clear();
+    m_oOptions.Clear();
+    m_nLatest = 0;
+    m_pLastOfASection = nullptr;
+}
+
+template <class TLine>
+void CKorIniDocument<TLine>::AddToIndex(TLine* pLine, size_t nPlace)
+{
+    // Memory may run out before the index is complete again.
+    m_bIndexed = false;
+    uint32_t nSection = SectionOf(pLine->m_strSection);
+    if (nSection == 0) {
+        const uint32_t nHash = m_oRule.Hash(pLine->m_strSection, 0);
+        m_vecSections.push_back({pLine, nPlace, nHash});
+        nSection = m_nLatest = static_cast<uint32_t>(m_vecSections.size());
+        m_oSections.Insert({nHash, nSection});
+    }
+    if (!pLine->m_strSection.empty())
+        m_pLastOfASection = pLine;
+    AddOptionToIndex(pLine, nSection);
+}
+
+template <class TLine>
+void CKorIniDocument<TLine>::AddOptionToIndex(TLine* pLine, uint32_t nSection)
+{
+    m_bIndexed = false;
+    if (!pLine->m_strOption.empty() && FindOption(nSection, pLine->m_strOption) == nullptr) {
+        const uint32_t nHash =
+            m_oRule.Hash(pLine->m_strOption, m_vecSections[nSection - 1].m_nHash);
+        m_oOptions.Insert({nHash, nSection, pLine});
+    }
+    m_bIndexed = true;
+}
+
+/// As SSectionSlot::m_nSection; 0 when there is no line of the section.
+template <class TLine>
+uint32_t CKorIniDocument<TLine>::SectionOf(std::string_view strSection)
+{
+    if (m_nLatest != 0 && m_vecSections[m_nLatest - 1].m_pFirst->m_strSection == strSection)
+        return m_nLatest;
+    const SSectionSlot* const pSlot =
+        m_oSections.Find(m_oRule.Hash(strSection, 0), [&](const SSectionSlot& oSlot) {
+            return m_oRule.Equal(m_vecSections[oSlot.m_nSection - 1].m_pFirst->m_strSection,
+                                 strSection);
+        });
+    if (pSlot == nullptr)
+        return 0;
+    m_nLatest = pSlot->m_nSection;
+    return m_nLatest;
+}
+
+template <class TLine>
+TLine* CKorIniDocument<TLine>::FindOption(uint32_t nSection, std::string_view strOption) const
+{
+    const SOptionSlot* const pSlot =
+        m_oOptions.Find(m_oRule.Hash(strOption, m_vecSections[nSection - 1].m_nHash),
+                        [&](const SOptionSlot& oSlot) {
+                            return oSlot.m_nSection == nSection &&
+                                   m_oRule.Equal(oSlot.m_pLine->m_strOption, strOption);
+                        });
+    return pSlot != nullptr ? pSlot->m_pLine : nullptr;
+}
+
+template <class TLine>
+TLine* CKorIniDocument<TLine>::FindIndexed(const SKorIniName& oName)
+{
+    const uint32_t nSection = SectionOf(oName.m_strSection);
+    if (nSection == 0)
+        return nullptr;
+    return oName.m_strOption.empty() ? m_vecSections[nSection - 1].m_pFirst
+                                     : FindOption(nSection, oName.m_strOption);
+}
