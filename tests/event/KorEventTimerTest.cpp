@@ -1,0 +1,217 @@
+#include "tests/event/EventTestSupport.h"
+
+#include <cerrno>
+#include <random>
+#include <set>
+#include <sys/resource.h>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using Loop = CKorEventLoop;
+
+void SleepMs(int nMilliseconds)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(nMilliseconds));
+}
+
+TEST(KorEventTimer, CallsOnceAfterItsTime)
+{
+    Loop oLoop;
+    int nCalls = 0;
+    const long long nStart = NowMs();
+    const int nTicket = oLoop.CallAfter(30, [&] { ++nCalls; });
+    EXPECT_LT(0, nTicket);
+    EXPECT_TRUE(oLoop.IsActive(nTicket));
+    EXPECT_TRUE(oLoop.RunOnce(PATIENCE_MS));
+    EXPECT_LE(nStart + 29, NowMs());
+    EXPECT_EQ(1, nCalls);
+    EXPECT_FALSE(oLoop.IsActive(nTicket));
+    EXPECT_FALSE(oLoop.Cancel(nTicket));
+    EXPECT_FALSE(oLoop.RunOnce(50));
+    EXPECT_EQ(1, nCalls);
+}
+
+TEST(KorEventTimer, RunOnceWaitsNoLongerThanItsTime)
+{
+    Loop oLoop;
+    oLoop.CallAfter(PATIENCE_MS, [] {});
+    const long long nStart = NowMs();
+    EXPECT_FALSE(oLoop.RunOnce(30));
+    EXPECT_LE(nStart + 29, NowMs());
+    EXPECT_GT(nStart + 10000, NowMs());
+}
+
+TEST(KorEventTimer, CallsInTheOrderOfTheTimes)
+{
+    Loop oLoop;
+    std::vector<int> vecOrder;
+    for (const int nTime : {4, 1, 3, 1, 2, 4})
+        oLoop.CallAfter(static_cast<unsigned int>(nTime),
+                        [&vecOrder, nTime] { vecOrder.push_back(nTime); });
+    SleepMs(10);
+    EXPECT_TRUE(oLoop.RunOnce(0));
+    EXPECT_EQ((std::vector<int>{1, 1, 2, 3, 4, 4}), vecOrder);
+}
+
+TEST(KorEventTimer, RepeatsUntilItIsCancelled)
+{
+    Loop oLoop;
+    int nCalls = 0;
+    int nTicket = 0;
+    nTicket = oLoop.CallEvery(1, [&] {
+        EXPECT_TRUE(oLoop.IsActive(nTicket));
+        if (++nCalls == 5) {
+            EXPECT_TRUE(oLoop.Cancel(nTicket));
+            EXPECT_FALSE(oLoop.IsActive(nTicket));
+            EXPECT_FALSE(oLoop.Cancel(nTicket));
+            oLoop.Stop();
+        }
+    });
+    EXPECT_EQ(0, oLoop.Run());
+    EXPECT_FALSE(oLoop.RunOnce(20));
+    EXPECT_EQ(5, nCalls);
+}
+
+TEST(KorEventTimer, DoesNotDrift)
+{
+    constexpr int PERIOD = 20;
+    Loop oLoop;
+    std::set<long long> setTurns;
+    long long nLeastLate = PERIOD;
+    const long long nStart = NowMs();
+    oLoop.CallEvery(PERIOD, [&] {
+        setTurns.insert((NowMs() - nStart) / PERIOD);
+        nLeastLate = std::min(nLeastLate, (NowMs() - nStart) % PERIOD);
+        SleepMs(7);
+    });
+    RunUntil(oLoop, [&] { return setTurns.size() >= 15; });
+    // Late by 7 ms more at each turn, a timer that drifts has no turn of its own in some periods.
+    EXPECT_EQ(0, *setTurns.begin() == 0) << "no turn before the first period";
+    EXPECT_GE(5, nLeastLate);
+}
+
+TEST(KorEventTimer, SkipsTurnsThatWereMissedBecauseOfOthers)
+{
+    Loop oLoop;
+    int nCalls = 0;
+    oLoop.CallEvery(10, [&] { ++nCalls; });
+    SleepMs(55);
+    EXPECT_TRUE(oLoop.RunOnce(0));
+    EXPECT_EQ(1, nCalls);
+}
+
+TEST(KorEventTimer, SkipsTurnsThatPassWhileItsHandlerRuns)
+{
+    constexpr int PERIOD = 200;
+    Loop oLoop;
+    int nCalls = 0;
+    oLoop.CallEvery(PERIOD, [&] {
+        ++nCalls;
+        SleepMs(2 * PERIOD + 10);
+    });
+    EXPECT_TRUE(oLoop.RunOnce(PATIENCE_MS));
+    EXPECT_FALSE(oLoop.RunOnce(0)) << "a turn was made up for";
+    EXPECT_EQ(1, nCalls);
+    EXPECT_TRUE(oLoop.RunOnce(PATIENCE_MS));
+}
+
+TEST(KorEventTimer, LeavesTimeToTheOthers)
+{
+    Loop oLoop;
+    int nOthers = 0;
+    std::function<void()> fnAtOnce = [&] { oLoop.CallAfter(0, fnAtOnce); };
+    fnAtOnce();
+    oLoop.Post([&] { ++nOthers; });
+    const HandlePair oPipe;
+    oPipe.Send("x");
+    oLoop.WatchHandle(oPipe.Near(), Loop::EVENT_READABLE, [&](unsigned int) { ++nOthers; });
+    EXPECT_TRUE(oLoop.RunOnce(0));
+    EXPECT_EQ(2, nOthers);
+}
+
+TEST(KorEventTimer, RefusesAPeriodOfNothing)
+{
+    Loop oLoop;
+    errno = 0;
+    EXPECT_EQ(-1, oLoop.CallEvery(0, [] {}));
+    EXPECT_EQ(EINVAL, errno);
+}
+
+TEST(KorEventTimer, WaitsForEverWithoutWakingUp)
+{
+    Loop oLoop;
+    int nCalls = 0;
+    for (const unsigned int nTime :
+         {0xFFFFFFFFu, 0xFFFFFFFEu, 0x80000000u, 0x7FFFFFFFu, 2500000000u}) {
+        oLoop.CallAfter(nTime, [&] { ++nCalls; });
+        oLoop.CallEvery(nTime, [&] { ++nCalls; });
+    }
+    std::thread oThread([&] {
+        SleepMs(300);
+        oLoop.Stop();
+    });
+    rusage oBefore;
+    getrusage(RUSAGE_THREAD, &oBefore);
+    EXPECT_EQ(0, oLoop.Run());
+    rusage oAfter;
+    getrusage(RUSAGE_THREAD, &oAfter);
+    oThread.join();
+    EXPECT_EQ(0, nCalls);
+    EXPECT_GE(20, oAfter.ru_nvcsw - oBefore.ru_nvcsw);
+    EXPECT_GE(100000, (oAfter.ru_utime.tv_sec - oBefore.ru_utime.tv_sec) * 1000000 +
+                          oAfter.ru_utime.tv_usec - oBefore.ru_utime.tv_usec);
+}
+
+TEST(KorEventTimer, AgreesWithAListOfTimersWhateverIsAddedAndCancelled)
+{
+    Loop oLoop;
+    std::mt19937 oRandom(20261121);
+    struct Expected
+    {
+        int nTicket;
+        unsigned int nTime;
+    };
+    std::vector<Expected> vecExpected;
+    std::vector<unsigned int> vecFired;
+    for (int nStep = 0; nStep < 3000; ++nStep) {
+        if (oRandom() % 3 != 0 || vecExpected.empty()) {
+            const auto nTime = static_cast<unsigned int>(oRandom() % 20);
+            const int nTicket =
+                oLoop.CallAfter(10 * nTime, [&vecFired, nTime] { vecFired.push_back(nTime); });
+            vecExpected.push_back({nTicket, nTime});
+        } else {
+            const size_t nVictim = oRandom() % vecExpected.size();
+            EXPECT_TRUE(oLoop.Cancel(vecExpected[nVictim].nTicket));
+            EXPECT_FALSE(oLoop.Cancel(vecExpected[nVictim].nTicket));
+            vecExpected.erase(vecExpected.begin() + static_cast<long>(nVictim));
+        }
+    }
+    RunUntil(oLoop, [&] { return vecFired.size() == vecExpected.size(); });
+    EXPECT_FALSE(oLoop.RunOnce(0));
+    for (const Expected& oExpected : vecExpected)
+        EXPECT_FALSE(oLoop.IsActive(oExpected.nTicket));
+}
+
+TEST(KorEventTimer, GivesEveryTicketANumberOfItsOwn)
+{
+    Loop oLoop;
+    std::set<int> setTickets;
+    std::mt19937 oRandom(7);
+    std::vector<int> vecLive;
+    for (int nStep = 0; nStep < 20000; ++nStep) {
+        vecLive.push_back(oLoop.CallAfter(PATIENCE_MS, [] {}));
+        EXPECT_TRUE(setTickets.insert(vecLive.back()).second) << vecLive.back();
+        EXPECT_LT(0, vecLive.back());
+        while (vecLive.size() > 10 && oRandom() % 100 < 52) {
+            EXPECT_TRUE(oLoop.Cancel(vecLive.front()));
+            vecLive.erase(vecLive.begin());
+        }
+    }
+    for (const int nTicket : vecLive)
+        EXPECT_TRUE(oLoop.IsActive(nTicket));
+}
+
+} // namespace
