@@ -6,17 +6,22 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-/// Opens a file that started programs do not inherit, on a descriptor above 2: where standard error
-/// was closed the file would take its place and receive whatever is printed there.
+/// Moves a descriptor above 2: where standard error was closed the file would take its place and
+/// receive whatever is printed there. Programs that are started do not inherit it.
 /// @return the descriptor, or -1 with errno
+inline int KorMoveAboveStandard(int nHandle)
+{
+    if (nHandle == -1 || nHandle > STDERR_FILENO)
+        return nHandle;
+    const int nAbove = fcntl(nHandle, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    close(nHandle);
+    return nAbove;
+}
+
+/// Opens a file, as the system does, on a descriptor above 2 that started programs do not inherit.
 inline int KorOpenAboveStandard(const char* pszName, int nFlags, mode_t nMode)
 {
-    const int hFile = open(pszName, nFlags | O_CLOEXEC | O_NOCTTY, nMode);
-    if (hFile == -1 || hFile > STDERR_FILENO)
-        return hFile;
-    const int hAbove = fcntl(hFile, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    close(hFile);
-    return hAbove;
+    return KorMoveAboveStandard(open(pszName, nFlags | O_CLOEXEC | O_NOCTTY, nMode));
 }
 
 /// The name from the root, so that it stays the same file's when the working directory changes.

@@ -1,0 +1,87 @@
+#include "app/KorLogSinkDetail.h"
+#include "app/KorOpenDetail.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+namespace
+{
+
+/// @return a socket that is connected to the system's log and never waits, or -1 with errno
+int ConnectToSyslog()
+{
+    sockaddr_un oAddress = {};
+    oAddress.sun_family = AF_UNIX;
+    std::strcpy(oAddress.sun_path, "/dev/log");
+    const int nSocket =
+        KorMoveAboveStandard(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (nSocket != -1 &&
+        connect(nSocket, reinterpret_cast<const sockaddr*>(&oAddress), sizeof oAddress) == 0)
+        return nSocket;
+    const int nError = errno;
+    if (nSocket != -1)
+        close(nSocket);
+    errno = nError;
+    return -1;
+}
+
+class CSyslog : public CKorLogSink
+{
+public:
+    CSyslog(std::string strName, int nSocket) : m_strName(std::move(strName)), m_nSocket(nSocket) {}
+    ~CSyslog() override { close(m_nSocket); }
+
+    void Begin(CKorLogLine& oLine, int nLevel) const override
+    {
+        constexpr int FACILITY_DAEMON = 3;
+        char szText[32];
+        std::snprintf(szText, sizeof szText, "<%d>", FACILITY_DAEMON * 8 + nLevel);
+        oLine.Add(szText);
+        oLine.AddSyslogTime();
+        oLine.AddMessage(m_strName.data(), m_strName.size());
+        std::snprintf(szText, sizeof szText, "[%d]: ", static_cast<int>(getpid()));
+        oLine.Add(szText);
+    }
+
+    bool Write(const CKorLogLine& oLine) override
+    {
+        // A system's log that was started anew is another one.
+        return Send(oLine) || (errno != EAGAIN && Reopen() && Send(oLine));
+    }
+
+    bool Reopen() override
+    {
+        const int nSocket = ConnectToSyslog();
+        if (nSocket == -1)
+            return false;
+        close(m_nSocket);
+        m_nSocket = nSocket;
+        return true;
+    }
+
+private:
+    /// A datagram is a line: it needs no line feed.
+    bool Send(const CKorLogLine& oLine) const
+    {
+        return send(m_nSocket, oLine.Bytes(), oLine.Length() - 1, MSG_NOSIGNAL) != -1;
+    }
+
+    std::string m_strName;
+    int m_nSocket;
+};
+
+} // namespace
+
+std::unique_ptr<CKorLogSink> KorLogToSyslog(const char* pszName)
+{
+    constexpr std::size_t LONGEST_NAME = 255;
+    const int nSocket = ConnectToSyslog();
+    if (nSocket == -1)
+        return nullptr;
+    const bool bNamed = pszName != nullptr && *pszName != '\0';
+    const std::string strName = bNamed ? pszName : program_invocation_short_name;
+    return std::make_unique<CSyslog>(strName.substr(0, LONGEST_NAME), nSocket);
+}
