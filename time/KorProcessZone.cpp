@@ -1,0 +1,119 @@
+// Before all headers: on boards with 32-bit time_t, files may be younger than 2038 then.
+#define _TIME_BITS 64 // NOLINT(bugprone-reserved-identifier): the C library's own switch
+
+#include "time/KorZoneSourceDetail.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <mutex>
+#include <optional>
+#include <sys/stat.h>
+
+namespace
+{
+
+using OptionalText = std::optional<std::string>;
+
+OptionalText Variable(const char* pszName)
+{
+    const char* const pszValue = getenv(pszName);
+    return pszValue != nullptr ? OptionalText(pszValue) : std::nullopt;
+}
+
+/// The name of the zone that TZ asks for, as C libraries understand it.
+std::string NameIn(const OptionalText& strZone)
+{
+    if (!strZone)
+        return "/etc/localtime";
+    const std::string strName = strZone->substr(strZone->find(':') == 0 ? 1 : 0);
+    return strZone->empty() ? "UTC0" : strName;
+}
+
+/// What changes with a file.
+struct SFileStamp
+{
+    dev_t nDevice;
+    ino_t nInode;
+    off_t nSize;
+    timespec oChanged;
+
+    bool operator==(const SFileStamp& oOther) const
+    {
+        return nDevice == oOther.nDevice && nInode == oOther.nInode && nSize == oOther.nSize &&
+               oChanged.tv_sec == oOther.oChanged.tv_sec &&
+               oChanged.tv_nsec == oOther.oChanged.tv_nsec;
+    }
+};
+
+/// The stamp of a file; that of no file when there is none.
+SFileStamp StampOf(const std::string& strPath)
+{
+    struct stat oStatus;
+    if (stat(strPath.c_str(), &oStatus) != 0)
+        return {};
+    return {oStatus.st_dev, oStatus.st_ino, oStatus.st_size, oStatus.st_ctim};
+}
+
+/// Whether a file may change once more without another stamp, because the clock of file systems
+/// is a coarse one.
+bool IsFresh(const SFileStamp& oStamp)
+{
+    constexpr std::int64_t SECONDS = 2;
+    const std::int64_t nAge = std::int64_t{time(nullptr)} - oStamp.oChanged.tv_sec;
+    return nAge >= -SECONDS && nAge <= SECONDS;
+}
+
+/// The process's zone as it was last, and what it was read from.
+class CProcessZone
+{
+public:
+    EKorZoneSearch Get(KorZonePointer& rpZone)
+    {
+        const std::lock_guard<std::mutex> oLock(m_oMutex);
+        if (!IsUpToDate())
+            Load();
+        rpZone = m_pZone;
+        return m_eSearch;
+    }
+
+private:
+    bool IsUpToDate()
+    {
+        return m_bLoaded && !m_bFresh && Variable("TZ") == m_strZone &&
+               Variable("TZDIR") == m_strDirectory && StampOf(m_strPath) == m_oStamp;
+    }
+
+    void Load()
+    {
+        m_strZone = Variable("TZ");
+        m_strDirectory = Variable("TZDIR");
+        m_strPath.clear();
+        m_pZone = nullptr;
+        const std::string strName = NameIn(m_strZone);
+        const bool bGoodName = KorZonePath(strName, m_strPath);
+        // Taken before the file is read: when it changes meanwhile, the next call reads it again.
+        m_oStamp = StampOf(m_strPath);
+        m_bFresh = IsFresh(m_oStamp);
+        m_eSearch = bGoodName ? KorLoadZone(m_strPath, strName, m_pZone) : ZONE_REFUSED;
+        m_bLoaded = true;
+    }
+
+    std::mutex m_oMutex;
+    bool m_bLoaded = false;
+    OptionalText m_strZone;
+    OptionalText m_strDirectory;
+    std::string m_strPath;
+    SFileStamp m_oStamp = {};
+    bool m_bFresh = false;
+    EKorZoneSearch m_eSearch = ZONE_ABSENT;
+    KorZonePointer m_pZone;
+};
+
+} // namespace
+
+EKorZoneSearch KorProcessZone(KorZonePointer& rpZone)
+{
+    // Never destroyed: other objects' destructors may still ask.
+    static CProcessZone& roZone = *new CProcessZone;
+    return roZone.Get(rpZone);
+}

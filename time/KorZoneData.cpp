@@ -1,0 +1,138 @@
+#include "time/KorZoneDataDetail.h"
+
+#include "time/KorCalendarDetail.h"
+#include "time/KorZoneRuleDetail.h"
+
+#include <algorithm>
+#include <utility>
+
+using KorCalendar::FloorQuotient;
+
+namespace
+{
+
+using Limits = std::numeric_limits<std::int64_t>;
+
+struct SChange
+{
+    std::int64_t nSecond;
+    bool bToSummer;
+};
+
+/// The changes of a rule from years before an instant to more than 400 years behind it, ascending.
+/// Of those at the same instant only the one that counts is left, which is the latest by the
+/// calendar: summer time may end at the end of a year and begin again that very second.
+std::vector<SChange> ChangesAround(const CKorZoneRule& oRule, std::int64_t nFrom)
+{
+    constexpr std::int64_t SECONDS_PER_YEAR = 31556952;
+    constexpr std::int64_t YEARS_AROUND = 3; // the quotient and changes may be off by a year
+    const std::int64_t nYear = 1970 + FloorQuotient(nFrom, SECONDS_PER_YEAR);
+    std::vector<SChange> vecChanges;
+    vecChanges.reserve(2 * (KorCalendar::YEARS_PER_ERA + 2 * YEARS_AROUND));
+    for (std::int64_t n = -YEARS_AROUND; n < KorCalendar::YEARS_PER_ERA + YEARS_AROUND; ++n) {
+        vecChanges.push_back({oRule.SummerBegin(nYear + n), true});
+        vecChanges.push_back({oRule.SummerEnd(nYear + n), false});
+    }
+    const auto fnBefore = [](const SChange& a, const SChange& b) { return a.nSecond < b.nSecond; };
+    std::stable_sort(vecChanges.begin(), vecChanges.end(), fnBefore);
+    const auto fnSame = [](const SChange& a, const SChange& b) { return a.nSecond == b.nSecond; };
+    // Backwards, because of equal ones the first that is met stays.
+    vecChanges.erase(vecChanges.begin(),
+                     std::unique(vecChanges.rbegin(), vecChanges.rend(), fnSame).base());
+    return vecChanges;
+}
+
+} // namespace
+
+CKorZoneData::CKorZoneData(std::vector<SKorZoneType> vecTypes, std::vector<std::int64_t> vecChanges,
+                           std::vector<std::uint16_t> vecTypeOfPeriod)
+    : m_vecChanges(std::move(vecChanges)),
+      m_vecTypeOfPeriod(std::move(vecTypeOfPeriod)),
+      m_nLowestOffset(vecTypes.front().nOffset),
+      m_nHighestOffset(vecTypes.front().nOffset)
+{
+    for (const SKorZoneType& oType : vecTypes)
+        AddType(oType);
+}
+
+CKorZoneData::CKorZoneData(const CKorZoneRule& oRule)
+    : m_vecTypeOfPeriod(1, 0),
+      m_nLowestOffset(oRule.Standard().nOffset),
+      m_nHighestOffset(oRule.Standard().nOffset)
+{
+    AddRule(oRule, 0);
+    if (oRule.HasSummerTime())
+        m_nCycleBegin = m_vecChanges.front();
+}
+
+void CKorZoneData::Continue(const CKorZoneRule& oRule)
+{
+    if (m_vecChanges.empty()) {
+        *this = CKorZoneData(oRule);
+        return;
+    }
+    if (m_vecChanges.back() < MAX_SECONDS)
+        AddRule(oRule, std::max(m_vecChanges.back(), -MAX_SECONDS));
+}
+
+void CKorZoneData::AddType(const SKorZoneType& oType)
+{
+    m_vecTypes.push_back(oType);
+    m_nLowestOffset = std::min(m_nLowestOffset, oType.nOffset);
+    m_nHighestOffset = std::max(m_nHighestOffset, oType.nOffset);
+}
+
+/// Lets the rule hold from nFrom on, which must not lie before the last change.
+void CKorZoneData::AddRule(const CKorZoneRule& oRule, std::int64_t nFrom)
+{
+    const auto nStandard = static_cast<std::uint16_t>(m_vecTypes.size());
+    AddType(oRule.Standard());
+    m_vecTypeOfPeriod.back() = nStandard;
+    if (!oRule.HasSummerTime())
+        return;
+    AddType(oRule.Summer());
+    for (const SChange& oChange : ChangesAround(oRule, nFrom)) {
+        const auto nType = static_cast<std::uint16_t>(nStandard + (oChange.bToSummer ? 1 : 0));
+        if (oChange.nSecond <= nFrom) {
+            m_vecTypeOfPeriod.back() = nType;
+            continue;
+        }
+        if (m_nCycleEnd == Limits::max())
+            m_nCycleEnd = oChange.nSecond + SECONDS_PER_CYCLE;
+        m_vecChanges.push_back(oChange.nSecond);
+        m_vecTypeOfPeriod.push_back(nType);
+    }
+}
+
+SKorZonePeriod CKorZoneData::PeriodAt(std::int64_t nSeconds) const
+{
+    const std::int64_t nShift = ShiftFor(nSeconds);
+    const std::size_t nIndex = IndexOf(nSeconds + nShift);
+    // Who is shifted arrives between two changes.
+    const std::int64_t nBegin = nIndex == 0 ? Limits::min() : m_vecChanges[nIndex - 1] - nShift;
+    const std::int64_t nEnd =
+        nIndex == m_vecChanges.size() ? Limits::max() : m_vecChanges[nIndex] - nShift;
+    return {nBegin, nEnd, m_vecTypes[m_vecTypeOfPeriod[nIndex]].nOffset};
+}
+
+SKorZoneInstants CKorZoneData::Find(std::int64_t nReading) const
+{
+    SKorZoneInstants oFound = {SKorZoneInstants::NEVER, 0, 0};
+    std::int64_t nPassed = 0;
+    std::int64_t nNext = nReading - m_nHighestOffset;
+    while (nNext <= nReading - m_nLowestOffset) {
+        const SKorZonePeriod oPeriod = PeriodAt(nNext);
+        const std::int64_t nInstant = nReading - oPeriod.nOffset;
+        const bool bFirst = oFound.eKind == SKorZoneInstants::NEVER;
+        if (nInstant >= oPeriod.nEnd)
+            nPassed = nInstant;
+        else if (nInstant < oPeriod.nBegin && bFirst) // a gap at the begin of this period
+            oFound = {SKorZoneInstants::NEVER, nInstant, nPassed};
+        else if (nInstant >= oPeriod.nBegin && bFirst)
+            oFound = {SKorZoneInstants::UNIQUE, nInstant, nInstant};
+        else if (nInstant >= oPeriod.nBegin)
+            oFound = {SKorZoneInstants::TWICE, oFound.nEarlier, nInstant};
+        nNext = oPeriod.nEnd;
+    }
+    return oFound;
+}
