@@ -64,16 +64,17 @@ CKorIniOptionExchange::SDocument& CKorIniOptionExchange::Document()
 
 void CKorIniOptionExchange::ReadIniOptions()
 {
-    CKorIniReader oReader(m_pIniFile != nullptr ? m_pIniFile->GetIniFileName() : std::string());
     m_bModified = false;
     m_pDocument->m_bWhole = false;
     m_pDocument->Clear(CKorIniNameRule(IsCaseSensitiv()));
-    std::string strCurrentSection;
-    std::string_view strLine;
-    while (oReader.Next(strLine))
-        m_pDocument->Place(strLine, strCurrentSection);
-    m_pDocument->Settled();
-    m_pDocument->m_bWhole = !oReader.HasFailed();
+    if (m_pDocument->m_pWatch != nullptr) {
+        CKorIniTextLines oLines = m_pDocument->m_pWatch->Lines();
+        m_pDocument->PlaceAll(oLines);
+    } else if (m_pIniFile != nullptr) {
+        CKorIniReader oReader(m_pIniFile->GetIniFileName());
+        m_pDocument->PlaceAll(oReader);
+        m_pDocument->m_bWhole = !oReader.HasFailed();
+    }
 }
 
 void CKorIniOptionExchange::WriteIniOptions()
@@ -86,12 +87,14 @@ void CKorIniOptionExchange::WriteIniOptions()
 std::vector<CKorIniOptionExchange::SOptionLine*>::iterator
 CKorIniOptionExchange::FindOption(const char* pszSection, const char* pszOption)
 {
+    m_pDocument->Note(CKorIniWatch::USE_ASKED, {KorText(pszSection), KorText(pszOption)});
     return Document().HandOut({KorText(pszSection), KorText(pszOption)});
 }
 
 bool CKorIniOptionExchange::GetOptionString(const char* pszSection, const char* pszOption,
                                             std::string& strValue)
 {
+    m_pDocument->Note(CKorIniWatch::USE_ASKED, {KorText(pszSection), KorText(pszOption)});
     const SOptionLine* const pLine = Document().Find({KorText(pszSection), KorText(pszOption)});
     if (pLine != nullptr)
         strValue = pLine->m_strValue;
@@ -111,12 +114,14 @@ void CKorIniOptionExchange::GetOptions(const char* pszSection, std::vector<std::
 void CKorIniOptionExchange::SetOptionString(const char* pszSection, const char* pszOption,
                                             const char* pszValue)
 {
+    m_pDocument->Note(CKorIniWatch::USE_SET, {KorText(pszSection), KorText(pszOption)});
     Document().Set({KorText(pszSection), KorText(pszOption)}, KorText(pszValue));
     m_bModified = true;
 }
 
 void CKorIniOptionExchange::RemoveOption(const char* pszSection, const char* pszOption)
 {
+    m_pDocument->Note(CKorIniWatch::USE_REMOVED, {KorText(pszSection), KorText(pszOption)});
     Document().Remove({KorText(pszSection), KorText(pszOption)});
 }
 

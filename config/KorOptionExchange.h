@@ -12,6 +12,7 @@
 #include <vector>
 
 class CKorIniFile;
+class CKorIniWatch;
 
 /// The lines of an INI file, for one exchange of options.
 ///
@@ -135,6 +136,9 @@ private:
     TARVO_EXT_LOCAL SDocument& Document();
 
     std::unique_ptr<SDocument> m_pDocument; ///< places and finds the lines
+
+    /// Notes what a program does with the exchange of a CKorSafeIniFile.
+    friend class CKorIniWatch;
 };
 
 /// Exchanges one option with a variable: the step of which a program's `DoOptionExchange` is

@@ -1,0 +1,34 @@
+#pragma once
+
+// Changes of options in the text of an INI file. Not installed.
+
+#include "config/KorIniNamesDetail.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What is to become of an option or of a section.
+struct SKorIniChange
+{
+    enum EKind
+    {
+        CHANGE_SET,
+        CHANGE_REMOVE,
+        CHANGE_REMOVE_SECTION
+    };
+    EKind m_eKind;
+    std::string m_strSection;
+    std::string m_strOption;
+    std::string m_strValue;
+};
+
+/// Why a change to be made cannot be kept by the format, as the end of a sentence; null when it
+/// can.
+const char* KorIniWhyNotStorable(const SKorIniChange& oChange);
+
+/// Makes changes, of one option each, in a text, all bytes but those of the changes staying.
+/// @param rstrEdited  receives the new text when it differs
+/// @return whether it differs
+bool KorIniEdit(std::string_view strText, CKorIniNameRule oRule,
+                const std::vector<SKorIniChange>& vecChanges, std::string& rstrEdited);

@@ -1,0 +1,22 @@
+#pragma once
+
+// How findings about an INI file are worded and where they are placed. Not installed.
+
+#include "config/KorIniFinding.h"
+#include "config/KorIniNameListDetail.h"
+
+#include <string_view>
+
+/// The name as a person reads it: "[Section] Option", with "?" for what does not print.
+std::string KorIniLabel(const SKorIniName& oName);
+
+/// A failure of the system.
+SKorIniFinding KorIniFailure(const char* pszDoing, int nError);
+
+/// Gives findings about options the numbers of the lines in force.
+void KorIniAddLineNumbers(std::string_view strText, CKorIniNameRule oRule,
+                          std::vector<SKorIniFinding>& rvecFindings);
+
+/// Adds a finding for each option that is not among the known ones.
+void KorIniAddUnknown(std::string_view strText, CKorIniNameRule oRule,
+                      const CKorIniNameList& oKnown, std::vector<SKorIniFinding>& rvecFindings);

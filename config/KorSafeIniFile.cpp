@@ -1,0 +1,271 @@
+#include "config/KorSafeIniFile.h"
+
+#include "config/KorIniEditDetail.h"
+#include "config/KorIniReportDetail.h"
+#include "config/KorIniTextDetail.h"
+#include "config/KorIniWatchDetail.h"
+#include "config/KorOptionExchange.h"
+#include "fs/KorLockedFileDetail.h"
+#include "text/KorStringDetail.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace
+{
+
+/// Steps to the line in force of an option. @return false when there is none
+bool Find(CKorIniText& roLine, CKorIniNameRule oRule, const SKorIniName& oName)
+{
+    while (roLine.Next()) {
+        if (roLine.Is(EKorIniLine::OPTION) &&
+            oRule.Equal(roLine.Parts().m_strName, oName.m_strOption) &&
+            oRule.Equal(roLine.Section(), oName.m_strSection))
+            return true;
+    }
+    return false;
+}
+
+/// What the program has done to the options in its exchange.
+std::vector<SKorIniChange> ChangesOf(CKorIniOptionExchange& oExchange, const CKorIniWatch& oWatch)
+{
+    std::vector<SKorIniChange> vecChanges;
+    const CKorIniNameList& oNames = oWatch.Names();
+    const size_t nNames = oNames.Size();
+    for (size_t i = 0; i < nNames; ++i) {
+        std::string strValue;
+        const bool bExists = oExchange.GetOptionString(oNames.Section(i).c_str(),
+                                                       oNames.Option(i).c_str(), strValue);
+        if (bExists && (oWatch.Uses(i) & CKorIniWatch::USE_SET) != 0)
+            vecChanges.push_back({SKorIniChange::CHANGE_SET, oNames.Section(i), oNames.Option(i),
+                                  std::move(strValue)});
+        else if (!bExists && oWatch.Uses(i) != CKorIniWatch::USE_ASKED)
+            vecChanges.push_back(
+                {SKorIniChange::CHANGE_REMOVE, oNames.Section(i), oNames.Option(i), {}});
+    }
+    return vecChanges;
+}
+
+} // namespace
+
+CKorSafeIniFile::CKorSafeIniFile(const char* pszName, EPathMode nMode)
+    : CKorIniFile(pszName, nMode),
+      m_bWritten(false),
+      m_nLastError(0),
+      m_bReportUnknown(false),
+      m_anState{}
+{
+}
+
+CKorSafeIniFile::~CKorSafeIniFile() = default;
+
+bool CKorSafeIniFile::UpdateOptions(bool bWriteBack)
+{
+    Begin();
+    SKorFileImage oImage;
+    if (!Read(oImage))
+        return false;
+
+    const CKorIniNameRule oRule(m_bCaseSensitiv);
+    CKorIniWatch oWatch(oRule, oImage.m_strContent);
+    CKorIniFile oNoFile;
+    oNoFile.SetCasesensitiv(m_bCaseSensitiv);
+    CKorIniOptionExchange oExchange(&oNoFile, bWriteBack);
+    oWatch.Attach(oExchange);
+    DoOptionExchange(&oExchange);
+
+    m_vecFindings = std::move(oWatch.Findings());
+    KorIniAddLineNumbers(oImage.m_strContent, oRule, m_vecFindings);
+    const bool bComplete = m_vecFindings.empty();
+    if (m_bReportUnknown)
+        KorIniAddUnknown(oImage.m_strContent, oRule, oWatch.Names(), m_vecFindings);
+    if (!bWriteBack)
+        return true;
+    m_nLastError = bComplete ? m_nLastError : EINVAL;
+    return bComplete && Write(oImage, ChangesOf(oExchange, oWatch));
+}
+
+std::string CKorSafeIniFile::ReadOption(const char* pszSection, const char* pszOption,
+                                        const char* pszDefault)
+{
+    Begin();
+    SKorFileImage oImage;
+    Read(oImage);
+    CKorIniText oLine(oImage.m_strContent);
+    const bool bFound =
+        Find(oLine, CKorIniNameRule(m_bCaseSensitiv), {KorText(pszSection), KorText(pszOption)});
+    return std::string(bFound ? oLine.Parts().m_strValue : KorText(pszDefault));
+}
+
+bool CKorSafeIniFile::WriteOption(const char* pszSection, const char* pszOption,
+                                  const char* pszValue)
+{
+    return Apply({SKorIniChange::CHANGE_SET, std::string(KorText(pszSection)),
+                  std::string(KorText(pszOption)), std::string(KorText(pszValue))});
+}
+
+bool CKorSafeIniFile::RemoveOption(const char* pszSection, const char* pszOption)
+{
+    return Apply({SKorIniChange::CHANGE_REMOVE,
+                  std::string(KorText(pszSection)),
+                  std::string(KorText(pszOption)),
+                  {}});
+}
+
+bool CKorSafeIniFile::RemoveSection(const char* pszSection)
+{
+    return Apply({SKorIniChange::CHANGE_REMOVE_SECTION, std::string(KorText(pszSection)), {}, {}});
+}
+
+bool CKorSafeIniFile::HasOption(const char* pszSection, const char* pszOption)
+{
+    Begin();
+    SKorFileImage oImage;
+    Read(oImage);
+    CKorIniText oLine(oImage.m_strContent);
+    return Find(oLine, CKorIniNameRule(m_bCaseSensitiv), {KorText(pszSection), KorText(pszOption)});
+}
+
+void CKorSafeIniFile::ReadAllSections(std::vector<std::string>& vecSections)
+{
+    Begin();
+    SKorFileImage oImage;
+    Read(oImage);
+    std::vector<std::string_view> vecNames;
+    CKorIniText oLine(oImage.m_strContent);
+    while (oLine.Next()) {
+        if (oLine.Is(EKorIniLine::HEADER) && !oLine.Section().empty())
+            vecNames.push_back(oLine.Section());
+    }
+    vecSections = KorIniSortedOnce(vecNames, CKorIniNameRule(m_bCaseSensitiv));
+}
+
+void CKorSafeIniFile::ReadAllSectionEntries(const char* pszSection,
+                                            std::vector<std::string>& vecOptions)
+{
+    Begin();
+    SKorFileImage oImage;
+    Read(oImage);
+    const CKorIniNameRule oRule(m_bCaseSensitiv);
+    std::vector<std::string_view> vecNames;
+    CKorIniText oLine(oImage.m_strContent);
+    while (oLine.Next()) {
+        if (oLine.Is(EKorIniLine::OPTION) && oRule.Equal(oLine.Section(), KorText(pszSection)))
+            vecNames.push_back(oLine.Parts().m_strName);
+    }
+    vecOptions = KorIniSortedOnce(vecNames, oRule);
+}
+
+bool CKorSafeIniFile::WasWritten() const
+{
+    return m_bWritten;
+}
+
+int CKorSafeIniFile::GetLastError() const
+{
+    return m_nLastError;
+}
+
+const std::vector<SKorIniFinding>& CKorSafeIniFile::GetFindings() const
+{
+    return m_vecFindings;
+}
+
+void CKorSafeIniFile::SetReportUnknown(bool bReport)
+{
+    m_bReportUnknown = bReport;
+}
+
+bool CKorSafeIniFile::HasChangedOnDisk() const
+{
+    return KorFileStateOf(m_strIniFileName.c_str()) != m_anState;
+}
+
+void CKorSafeIniFile::Begin()
+{
+    m_bWritten = false;
+    m_nLastError = 0;
+    m_vecFindings.clear();
+}
+
+bool CKorSafeIniFile::Fail(const char* pszDoing, int nError)
+{
+    m_nLastError = nError;
+    m_vecFindings.push_back(KorIniFailure(pszDoing, nError));
+    return false;
+}
+
+/// Reads the file; a missing one is an empty one.
+bool CKorSafeIniFile::Read(SKorFileImage& roImage)
+{
+    if (roImage.Read(m_strIniFileName.c_str())) {
+        m_anState = roImage.m_oState;
+        return true;
+    }
+    const int nError = errno;
+    m_anState = KorFileStateOf(m_strIniFileName.c_str());
+    m_nLastError = nError;
+    return nError == ENOENT || Fail("read", nError);
+}
+
+bool CKorSafeIniFile::Apply(const SKorIniChange& oChange)
+{
+    Begin();
+    SKorFileImage oImage;
+    return Read(oImage) && Write(oImage, {oChange});
+}
+
+/// Refuses what the format cannot hold, unless the file holds it already.
+bool CKorSafeIniFile::Check(const SKorFileImage& oRead, const SKorIniChange& oChange)
+{
+    const char* const pszWhy = KorIniWhyNotStorable(oChange);
+    if (pszWhy == nullptr)
+        return true;
+    const SKorIniName oName{oChange.m_strSection, oChange.m_strOption};
+    CKorIniText oLine(oRead.m_strContent);
+    if (Find(oLine, CKorIniNameRule(m_bCaseSensitiv), oName) &&
+        oLine.Parts().m_strValue == oChange.m_strValue)
+        return true;
+    m_nLastError = EINVAL;
+    m_vecFindings.push_back({SKorIniFinding::FINDING_NOT_STORABLE, 0, oChange.m_strSection,
+                             oChange.m_strOption,
+                             KorIniLabel(oName) + " cannot be stored: " + pszWhy});
+    return false;
+}
+
+/// Makes the changes in the file. What was read of it out of turn tells whether there is anything
+/// to do, and spares a second edit where nobody came in between.
+bool CKorSafeIniFile::Write(const SKorFileImage& oRead,
+                            const std::vector<SKorIniChange>& vecChanges)
+{
+    bool bStorable = true;
+    for (const SKorIniChange& oChange : vecChanges)
+        bStorable = Check(oRead, oChange) && bStorable;
+    const CKorIniNameRule oRule(m_bCaseSensitiv);
+    std::string strEdited;
+    if (!bStorable || !KorIniEdit(oRead.m_strContent, oRule, vecChanges, strEdited))
+        return bStorable;
+
+    CKorLockedFile oFile(m_strIniFileName.c_str());
+    SKorFileImage oNow;
+    if (!oFile.Lock())
+        return Fail("locked", errno);
+    if (!Read(oNow))
+        return false;
+    if (oNow.m_strContent != oRead.m_strContent &&
+        !KorIniEdit(oNow.m_strContent, oRule, vecChanges, strEdited))
+        return true;
+    return Replace(oFile, oNow, strEdited);
+}
+
+bool CKorSafeIniFile::Replace(CKorLockedFile& roFile, const SKorFileImage& oNow,
+                              const std::string& strEdited)
+{
+    const bool bDone = roFile.Replace(strEdited, &oNow);
+    const int nError = errno;
+    m_bWritten = roFile.WasReplaced();
+    if (m_bWritten)
+        m_anState = roFile.GetState();
+    m_nLastError = 0;
+    return bDone || Fail("replaced", nError);
+}
