@@ -30,8 +30,9 @@ class CKorCmdLineApplExchange;
 /// std::out_of_range "basic_string::substr". With CMake, `set(CMAKE_EXECUTABLE_SUFFIX .bin)`
 /// gives every program one.
 ///
-/// Nothing is caught: an exception from any step leaves Start() unchanged, and Finalize() is then
-/// not called.
+/// Nothing is caught: an exception from any step leaves Start() unchanged, and Start() does not
+/// call Finalize() then. Where nobody else catches it, it ends the process by `SIGABRT`, which a
+/// CKorConApplication answers with Finalize() after all.
 ///
 /// Construct and destroy the application on one thread, before other threads start and after
 /// they ended; one instance a process.
@@ -73,8 +74,9 @@ public:
     /// Run() from being called.
     virtual bool Initialize();
 
-    /// Called last, whatever Initialize() returned. Its result is the result of Start(); the base
-    /// version returns 1.
+    /// Called last, whatever Initialize() returned. Its result is the result of Start() and so, in
+    /// most programs, the exit status. The base version returns 1: override it where 0 is to tell
+    /// success.
     virtual int Finalize();
 
     /// Declares and reads the program's command-line options; the base version does nothing.

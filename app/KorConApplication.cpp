@@ -12,6 +12,24 @@ namespace
 
 std::atomic<bool> bFinalizing(false);
 
+/// Claims the right to finalize for the scope, unless somebody has it already.
+class FinalizingScope
+{
+public:
+    FinalizingScope() : m_bClaimed(!bFinalizing.exchange(true)) {}
+    ~FinalizingScope()
+    {
+        if (m_bClaimed)
+            bFinalizing = false;
+    }
+    FinalizingScope(const FinalizingScope&) = delete;
+    FinalizingScope& operator=(const FinalizingScope&) = delete;
+    bool IsClaimed() const { return m_bClaimed; }
+
+private:
+    const bool m_bClaimed;
+};
+
 /// One handler for all three signals, each of which blocks the others while it is handled.
 void SetHandler(int nSignal, void (*pHandler)(int))
 {
@@ -82,12 +100,13 @@ bool CKorConApplication::FinalizeFromSignalHandler()
 
 bool CKorConApplication::FinalizeOnce(CKorBaseApplication& oApplication)
 {
-    // The flag keeps a Finalize() that aborts, or a second signal on another thread, from
-    // running Finalize() again.
-    if (getpid() != m_nPID || bFinalizing.exchange(true))
+    if (getpid() != m_nPID)
+        return false;
+    // Keeps a Finalize() that aborts, or a second signal on another thread, from running it again.
+    const FinalizingScope oScope;
+    if (!oScope.IsClaimed())
         return false;
     oApplication.Finalize();
     m_pApplication = nullptr;
-    bFinalizing = false;
     return true;
 }

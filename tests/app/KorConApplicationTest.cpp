@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <signal.h>
+#include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -218,6 +219,72 @@ TEST(KorConApplication, FinalizingFromTheHandlerForgetsTheApplication)
     EXPECT_EQ(42, oChild.Wait().nExitStatus);
 }
 
+TEST(KorConApplication, AFinalizeThatThrowsDoesNotMakeTheProcessDeafToSignals)
+{
+    class Throwing : public Daemon
+    {
+    public:
+        int Finalize() override
+        {
+            Daemon::Finalize();
+            return m_nCalls++ == 0 ? throw std::runtime_error("not yet") : 0;
+        }
+        int m_nCalls = 0;
+    };
+    ChildProcess oChild([] {
+        Throwing oDaemon;
+        EXPECT_THROW(oDaemon.FinalizeFromSignalHandler(), std::runtime_error);
+        EXPECT_EQ(&oDaemon, CKorBaseApplication::GetApplication());
+        raise(SIGTERM);
+        return 42;
+    });
+    EXPECT_EQ(0, oChild.Wait().nExitStatus);
+    EXPECT_EQ("finalized finalized ", oChild.Wait().strOut);
+}
+
+TEST(KorConApplication, TheNextApplicationIsFinalizedToo)
+{
+    ChildProcess oChild([] {
+        EXPECT_TRUE(Daemon().FinalizeFromSignalHandler());
+        const Daemon oNext;
+        raise(SIGTERM);
+        return 42;
+    });
+    EXPECT_EQ(0, oChild.Wait().nExitStatus);
+    EXPECT_EQ("finalized finalized ", oChild.Wait().strOut);
+}
+
+TEST(KorConApplication, AnUncaughtExceptionFinalizesByWayOfTheAbort)
+{
+    class Throwing : public Daemon
+    {
+    public:
+        void Run() override { throw std::runtime_error("out of paper"); }
+    };
+    ChildProcess oChild([]() noexcept { return Throwing().Start(0, nullptr); });
+    EXPECT_EQ(3, oChild.Wait().nExitStatus);
+    EXPECT_EQ("finalized ", oChild.Wait().strOut);
+}
+
+TEST(KorConApplication, AnOverrideThatInstallsHandlersIsNotCalledByTheConstructor)
+{
+    class Installing : public Daemon
+    {
+    public:
+        ~Installing() override { CKorConApplication::RemoveSignalHandlers(); }
+        void InstallSignalHandlers() override { Print("installed "); }
+        void RemoveSignalHandlers() override { Print("removed "); }
+    };
+    ChildProcess oChild([] {
+        {
+            const Installing oDaemon;
+        }
+        return 42;
+    });
+    EXPECT_EQ(42, oChild.Wait().nExitStatus);
+    EXPECT_EQ("", oChild.Wait().strOut);
+}
+
 TEST(KorConApplication, ASignalFinalizesAPlainApplicationThatWasConstructedFirst)
 {
     class Plain : public CKorBaseApplication
@@ -249,6 +316,19 @@ TEST(KorConApplication, SignalsHaveTheirDefaultActionsAfterItsEnd)
     pDaemon.reset();
     for (const int nSignal : {SIGINT, SIGTERM, SIGABRT})
         EXPECT_TRUE(HasDefaultAction(nSignal)) << nSignal;
+}
+
+TEST(KorConApplication, TheHandlerLetsSystemCallsGoOnAndKeepsTheOtherSignalsWaiting)
+{
+    const Daemon oDaemon;
+    for (const int nSignal : {SIGINT, SIGTERM, SIGABRT}) {
+        struct sigaction oAction;
+        ASSERT_EQ(0, sigaction(nSignal, nullptr, &oAction));
+        EXPECT_NE(0, oAction.sa_flags & SA_RESTART) << nSignal;
+        for (const int nOther : {SIGINT, SIGTERM, SIGABRT})
+            EXPECT_EQ(1, sigismember(&oAction.sa_mask, nOther)) << nSignal << ' ' << nOther;
+        EXPECT_EQ(0, sigismember(&oAction.sa_mask, SIGUSR1));
+    }
 }
 
 TEST(KorConApplication, ASignalAfterItsEndKillsTheProcess)
