@@ -1,7 +1,9 @@
 #include "fs/KorPathFunc.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <stdexcept>
+#include <string_view>
 
 namespace
 {
@@ -15,36 +17,53 @@ void RequirePath(const char* pszPath)
         throw std::logic_error("basic_string::_S_construct NULL not valid");
 }
 
-/// Moves the network prefix of a path that begins with two backslashes from strDir to strDrive.
-void SplitNetworkPrefix(std::string& strDrive, std::string& strDir)
+/// The length of the network prefix of a path that begins with two backslashes, separator
+/// included, and 0 for any other path.
+size_t DriveLength(std::string_view strPath)
 {
-    if (strDir.compare(0, 2, "\\\\") != 0)
-        return;
-    const size_t nEnd = strDir.find_first_of(SEPARATORS, 2);
-    strDrive = strDir.substr(0, nEnd == std::string::npos ? nEnd : nEnd + 1);
-    strDir.erase(0, strDrive.size());
+    if (strPath.size() < 2 || strPath[0] != '\\' || strPath[1] != '\\')
+        return 0;
+    const size_t nEnd = strPath.find_first_of(SEPARATORS, 2);
+    return nEnd == std::string_view::npos ? strPath.size() : nEnd + 1;
 }
 
-/// Moves what follows the last separator from strDir to strTitle. A separator at index 0 does not
-/// count: "/name.ext" is a title without directory, and callers rely on it.
-void SplitTitle(std::string& strDir, std::string& strTitle)
+/// The length of the directory in a path without drive, last separator included. A separator at
+/// index 0 does not count: "/name.ext" is a title without directory, and callers rely on it.
+size_t DirectoryLength(std::string_view strPath)
 {
-    const size_t nSeparator = strDir.find_last_of(SEPARATORS);
-    const size_t nTitle = nSeparator == std::string::npos || nSeparator == 0 ? 0 : nSeparator + 1;
-    strTitle = strDir.substr(nTitle);
-    strDir.erase(nTitle);
+    for (size_t n = strPath.size(); n > 1; --n) {
+        if (IsSeparator(strPath[n - 1]))
+            return n;
+    }
+    return strPath.size() == 1 && IsSeparator(strPath[0]) ? 1 : 0;
 }
 
-void SplitExtension(std::string& strTitle, std::string& strExt)
+/// Where the extension begins in a title: at its last ".", unless that is the first character.
+size_t TitleLength(std::string_view strTitle)
 {
-    const size_t nDot = strTitle.rfind('.');
-    if (nDot == 0)
+    for (size_t n = strTitle.size(); n > 1; --n) {
+        if (strTitle[n - 1] == '.')
+            return n - 1;
+    }
+    return strTitle.size();
+}
+
+/// Whether a text begins inside of an output.
+bool IsPartOf(const char* pszText, const std::string* pstrOutput)
+{
+    return pstrOutput != nullptr && reinterpret_cast<std::uintptr_t>(pszText) -
+                                            reinterpret_cast<std::uintptr_t>(pstrOutput->data()) <=
+                                        pstrOutput->size();
+}
+
+void Put(std::string* pstrOutput, std::string_view strPart)
+{
+    if (pstrOutput == nullptr)
         return;
-    // Wanted: a title without "." fails, with the text that callers compare.
-    if (nDot == std::string::npos)
-        throw std::out_of_range("basic_string::substr");
-    strExt = strTitle.substr(nDot);
-    strTitle.erase(nDot);
+    if (strPart.empty())
+        pstrOutput->clear();
+    else
+        pstrOutput->assign(strPart);
 }
 
 void RemoveTrailingSeparator(std::string& strDir)
@@ -97,24 +116,24 @@ void SplitPath(const char* pszPath, std::string* pstrDrive, std::string* pstrDir
                std::string* pstrTitle, std::string* pstrExt)
 {
     RequirePath(pszPath);
-    std::string astrDropped[4];
-    std::string& strDrive = pstrDrive != nullptr ? *pstrDrive : astrDropped[0];
-    std::string& strDir = pstrDir != nullptr ? *pstrDir : astrDropped[1];
-    std::string& strTitle = pstrTitle != nullptr ? *pstrTitle : astrDropped[2];
-    std::string& strExt = pstrExt != nullptr ? *pstrExt : astrDropped[3];
+    if (IsPartOf(pszPath, pstrDrive) || IsPartOf(pszPath, pstrDir) ||
+        IsPartOf(pszPath, pstrTitle) || IsPartOf(pszPath, pstrExt))
+        return SplitPath(std::string(pszPath).c_str(), pstrDrive, pstrDir, pstrTitle, pstrExt);
 
-    strDir = pszPath;
-    strDrive.clear();
-    strTitle.clear();
-    strExt.clear();
-    if (strDir.empty())
-        return;
+    const std::string_view strPath(pszPath);
+    const size_t nDrive = DriveLength(strPath);
+    const size_t nDir = DirectoryLength(strPath.substr(nDrive));
+    const std::string_view strTitle = strPath.substr(nDrive + nDir);
+    const size_t nTitle = TitleLength(strTitle);
+    Put(pstrDrive, strPath.substr(0, nDrive));
+    Put(pstrDir, strPath.substr(nDrive, nDir));
+    Put(pstrTitle, strTitle.substr(0, nTitle));
+    Put(pstrExt, strTitle.substr(nTitle));
 
-    SplitNetworkPrefix(strDrive, strDir);
-    if (!strDir.empty() && IsSeparator(strDir.back()))
-        return;
-    SplitTitle(strDir, strTitle);
-    SplitExtension(strTitle, strExt);
+    const bool bIsDirectory = strPath.empty() || (nDir != 0 && strTitle.empty());
+    // Wanted: a title without "." fails, with the text that callers compare.
+    if (!bIsDirectory && nTitle == strTitle.size() && strTitle.substr(0, 1) != ".")
+        throw std::out_of_range("basic_string::substr");
 }
 
 std::string GetFileName(const char* pszPath)
@@ -147,7 +166,8 @@ std::string MakePathAbsolute(const char* pszPath, const char* pszBase)
 
     // Ends in a separator, so that it has no title: the drive is all there is to split off.
     std::string strDrive;
-    SplitNetworkPrefix(strDrive, strDir);
+    strDrive.assign(strDir, 0, DriveLength(strDir));
+    strDir.erase(0, strDrive.size());
     RemoveTrailingSeparator(strDir);
     const char* const pszRest = TakeSteps(pszPath, strDir);
 

@@ -1,6 +1,7 @@
 #include "text/KorMemDump.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 
 namespace
@@ -9,83 +10,94 @@ namespace
 constexpr char DIGITS[] = "0123456789abcdef";
 constexpr unsigned int BYTES_PER_LINE = 16;
 
-// The columns behind the offset: a blank, two halves of 8 x 3 characters parted by a blank, and
-// the characters.
-constexpr unsigned int FIRST_HALF = 1;
+/// What stands for each byte in the character column. A table, because whether a byte of a
+/// telegram is printable cannot be predicted.
+constexpr std::array<char, 256> CHARACTER_OF = [] {
+    std::array<char, 256> acCharacters{};
+    for (size_t c = 0; c < acCharacters.size(); ++c)
+        acCharacters[c] = c >= 0x20 && c <= 0x7E ? static_cast<char>(c) : '.';
+    return acCharacters;
+}();
+
+// The columns of a line: the offset, which ends at a fixed place, a blank, two halves of 8 x 3
+// characters parted by a blank, the characters, and the line's end.
+constexpr unsigned int OFFSET_END = sizeof "0x01234567" - 1;
+constexpr unsigned int FIRST_HALF = OFFSET_END + 1;
 constexpr unsigned int SECOND_HALF = FIRST_HALF + 8 * 3 + 1;
 constexpr unsigned int CHARACTERS = SECOND_HALF + 8 * 3;
-constexpr unsigned int WIDTH = CHARACTERS + BYTES_PER_LINE;
+constexpr unsigned int LINE_END = CHARACTERS + BYTES_PER_LINE;
+constexpr unsigned int LINE_SIZE = LINE_END + 1;
 
 constexpr size_t LONGEST_HEADER = sizeof "Address: 0x0x0123456789abcdef  Length : 0x01234567\n";
-constexpr size_t LONGEST_LINE = sizeof "0x01234567\n" + WIDTH;
 
-size_t CountDigits(std::uintptr_t nValue)
+/// Writes the digits of a number in front of pcEnd, zeros on the left up to nMinDigits.
+/// @return where they begin
+char* PutHex(char* pcEnd, std::uintptr_t nValue, size_t nMinDigits)
 {
-    size_t nDigits = 1;
-    while ((nValue >>= 4) != 0)
-        ++nDigits;
-    return nDigits;
+    for (size_t nDigits = 0; nDigits < nMinDigits || nValue != 0; ++nDigits, nValue >>= 4)
+        *--pcEnd = DIGITS[nValue & 0xF];
+    return pcEnd;
 }
 
-void AppendHex(std::string& strText, std::uintptr_t nValue, size_t nMinDigits)
+/// A number in hexadecimal, without leading zeros but for those that nMinDigits asks for.
+std::string Hex(std::uintptr_t nValue, size_t nMinDigits)
 {
-    const size_t nDigits = std::max(CountDigits(nValue), nMinDigits);
-    strText.append(nDigits, '0');
-    for (auto it = strText.rbegin(); nValue != 0; nValue >>= 4)
-        *it++ = DIGITS[nValue & 0xF];
+    char acDigits[2 * sizeof nValue];
+    char* const pcEnd = acDigits + sizeof acDigits;
+    return std::string(PutHex(pcEnd, nValue, nMinDigits), pcEnd);
 }
 
-/// Writes "0x" and the digits, with zeros in front of the "0x" up to 8 characters.
-void AppendPaddedAddress(std::string& strText, std::uintptr_t nAddress)
+void PutBytes(char* pcHex, char* pcCharacters, const char* pcBytes, unsigned int nBytes)
 {
-    const size_t nWidth = CountDigits(nAddress) + 2;
-    strText.append(nWidth < 8 ? 8 - nWidth : 0, '0').append("0x");
-    AppendHex(strText, nAddress, 1);
-}
-
-void AppendLine(std::string& strText, const char* data, unsigned int length, unsigned int offset)
-{
-    char acColumns[WIDTH];
-    std::fill_n(acColumns, WIDTH, ' ');
-    const unsigned int nBytes = data != nullptr ? std::min(length - offset, BYTES_PER_LINE) : 0;
     for (unsigned int i = 0; i < nBytes; ++i) {
-        const unsigned char c = static_cast<unsigned char>(data[offset + i]);
-        char* const pcHex = acColumns + (i < 8 ? FIRST_HALF + i * 3 : SECOND_HALF + (i - 8) * 3);
-        pcHex[0] = DIGITS[c >> 4];
-        pcHex[1] = DIGITS[c & 0xF];
-        acColumns[CHARACTERS + i] = c >= 0x20 && c <= 0x7E ? data[offset + i] : '.';
+        const unsigned char c = static_cast<unsigned char>(pcBytes[i]);
+        pcHex[i * 3] = DIGITS[c >> 4];
+        pcHex[i * 3 + 1] = DIGITS[c & 0xF];
+        pcCharacters[i] = CHARACTER_OF[c];
     }
-    strText += "0x";
-    AppendHex(strText, offset, 4);
-    strText.append(acColumns, WIDTH);
+}
+
+/// Writes a line that ends at LINE_END.
+/// @return where it begins
+char* PutLine(char (&acLine)[LINE_SIZE], const char* data, unsigned int length, unsigned int offset)
+{
+    std::fill(acLine + OFFSET_END, acLine + LINE_END, ' ');
+    const unsigned int nBytes = data != nullptr ? std::min(length - offset, BYTES_PER_LINE) : 0;
+    const unsigned int nFirst = std::min(nBytes, BYTES_PER_LINE / 2);
+    PutBytes(acLine + FIRST_HALF, acLine + CHARACTERS, data + offset, nFirst);
+    PutBytes(acLine + SECOND_HALF, acLine + CHARACTERS + nFirst, data + offset + nFirst,
+             nBytes - nFirst);
+    char* const pcBegin = PutHex(acLine + OFFSET_END, offset, 4) - 2;
+    pcBegin[0] = '0';
+    pcBegin[1] = 'x';
+    return pcBegin;
 }
 
 void AppendLines(std::string& strText, const char* data, unsigned int length, unsigned int nFirst,
                  unsigned int nEnd)
 {
+    char acLine[LINE_SIZE];
+    acLine[LINE_END] = '\n';
     for (unsigned int nLine = nFirst; nLine < nEnd; ++nLine) {
-        AppendLine(strText, data, length, nLine * BYTES_PER_LINE);
-        strText += '\n';
+        const char* const pcBegin = PutLine(acLine, data, length, nLine * BYTES_PER_LINE);
+        strText.append(pcBegin, static_cast<size_t>(acLine + LINE_SIZE - pcBegin));
     }
 }
 
 void AppendHeader(std::string& strText, const char* data, unsigned int length)
 {
-    strText += "Address: 0x"; // Wanted: the address brings a "0x" of its own.
-    AppendPaddedAddress(strText, reinterpret_cast<std::uintptr_t>(data));
-    strText += "  Length : 0x";
-    AppendHex(strText, length, 8);
-    strText += '\n';
+    // Wanted: the address brings a "0x" of its own, with zeros in front of it up to 8 characters.
+    const std::string strAddress = "0x" + Hex(reinterpret_cast<std::uintptr_t>(data), 1);
+    strText.append("Address: 0x").append(8 - std::min<size_t>(strAddress.size(), 8), '0');
+    strText.append(strAddress).append("  Length : 0x").append(Hex(length, 8)).append("\n");
 }
 
 } // namespace
 
 std::string KorMemDumpLine(const char* data, unsigned int length, unsigned int offset)
 {
-    std::string strText;
-    strText.reserve(LONGEST_LINE);
-    AppendLine(strText, data, length, offset);
-    return strText;
+    char acLine[LINE_SIZE];
+    return std::string(PutLine(acLine, data, length, offset), acLine + LINE_END);
 }
 
 std::string KorMemDump(const char* data, unsigned int length, unsigned int headLines,
@@ -99,7 +111,7 @@ std::string KorMemDump(const char* data, unsigned int length, unsigned int headL
     const unsigned int nShown = bAll ? nLines : headLines + tailLines + 1;
 
     std::string strText;
-    strText.reserve(LONGEST_HEADER + nShown * LONGEST_LINE);
+    strText.reserve(LONGEST_HEADER + static_cast<size_t>(nShown) * LINE_SIZE);
     AppendHeader(strText, data, length);
     if (bAll) {
         AppendLines(strText, data, length, 0, nLines);
