@@ -143,6 +143,18 @@ void StartOfAProgram(benchmark::State& oState)
         benchmark::DoNotOptimize(Run(vecArgs));
 }
 
+/// Dumps of other sizes: what a byte costs does not depend on how many there are.
+void MemDumpOfSize(benchmark::State& oState)
+{
+    const unsigned int nSize = static_cast<unsigned int>(oState.range(0));
+    while (oState.KeepRunning())
+        benchmark::DoNotOptimize(KorMemDump(Block().data(), nSize, 0xFFFFFFFF, 0xFFFFFFFF).data());
+    oState.counters["s_per_byte"] =
+        benchmark::Counter(static_cast<double>(oState.iterations()) * nSize,
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+BENCHMARK(MemDumpOfSize)->Arg(4096)->Arg(SIZE);
 BENCHMARK(MemDump)->Unit(benchmark::kMillisecond);
 BENCHMARK(StreamOperators)->Unit(benchmark::kMillisecond);
 BENCHMARK(ProgramXxd)->Unit(benchmark::kMillisecond)->UseRealTime();

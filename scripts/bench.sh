@@ -4,7 +4,8 @@
 #   --benchmark_filter=Time2Str, --benchmark_list_tests
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-need_packages g++ cmake ninja-build libbenchmark-dev libhowardhinnant-date-dev bsdextrautils xxd
+need_packages g++ cmake ninja-build libbenchmark-dev libhowardhinnant-date-dev \
+  libglib2.0-dev libserialport-dev pkgconf bsdextrautils xxd
 need_cmake
 step "Building the benchmarks"
 try cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF \
