@@ -5,9 +5,9 @@
 #include "serial/KorSerial.h"
 
 #include <benchmark/benchmark.h>
-#include <cerrno>
 #include <cstdarg>
 #include <cstdlib>
+#include <fcntl.h>
 #include <libserialport.h>
 #include <signal.h>
 #include <string>
@@ -139,7 +139,10 @@ void ReceiveByLibserialport(benchmark::State& oState)
     unlink(strLink.c_str());
 }
 
-BENCHMARK(ReceiveByKorSerial)->Iterations(10)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(ReceiveByKorSerial)
+    ->Iterations(10)
+    ->MeasureProcessCPUTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(ReceiveByLibserialport)
     ->Iterations(10)
     ->MeasureProcessCPUTime()

@@ -135,14 +135,16 @@ public:
     /// @return always true
     static bool GetStatus(const char* pszPath, CKorFileStatus& oStatus);
 
-    /// Whether there is a file, directory or other object of this name. `errno` tells why not.
+    /// Whether there is a file, directory or other object of this name. Links are followed: one
+    /// that leads nowhere does not exist, though its name is taken. `errno` tells why not.
     static bool FileExist(const char* pszPath);
 
-    /// Removes a file.
+    /// Removes a file; of a link the link itself, also one that leads nowhere.
     /// @return inverted: true when it could **not** be removed, false when it is gone
     static bool Remove(const char* pszPath);
 
-    /// Renames a file, in place of one that has the new name already.
+    /// Renames a file, in place of one that has the new name already. Links are renamed and
+    /// replaced themselves.
     /// @return whether it has the new name now
     static bool Rename(const char* pszFrom, const char* pszTo);
 

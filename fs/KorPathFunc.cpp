@@ -27,25 +27,24 @@ size_t DriveLength(std::string_view strPath)
     return nEnd == std::string_view::npos ? strPath.size() : nEnd + 1;
 }
 
-/// The length of the directory in a path without drive, last separator included. A separator at
-/// index 0 does not count: "/name.ext" is a title without directory, and callers rely on it.
+/// The length of the directory in a path without drive. A separator that begins the path counts
+/// only where it is all of it: "/name.ext" is a title without directory, and callers rely on it.
 size_t DirectoryLength(std::string_view strPath)
 {
-    for (size_t n = strPath.size(); n > 1; --n) {
-        if (IsSeparator(strPath[n - 1]))
-            return n;
-    }
-    return strPath.size() == 1 && IsSeparator(strPath[0]) ? 1 : 0;
+    size_t n = strPath.size();
+    if (n == 1)
+        return IsSeparator(strPath[0]) ? 1 : 0;
+    while (n > 1 && !IsSeparator(strPath[n - 1]))
+        --n;
+    return n > 1 ? n : 0;
 }
 
-/// Where the extension begins in a title: at its last ".", unless that is the first character.
+/// The length of a title without its extension, which begins at the last "." but not at the first
+/// character.
 size_t TitleLength(std::string_view strTitle)
 {
-    for (size_t n = strTitle.size(); n > 1; --n) {
-        if (strTitle[n - 1] == '.')
-            return n - 1;
-    }
-    return strTitle.size();
+    const size_t nDot = strTitle.rfind('.');
+    return nDot == 0 ? strTitle.size() : std::min(nDot, strTitle.size());
 }
 
 /// Whether a text begins inside of an output.
@@ -130,9 +129,9 @@ void SplitPath(const char* pszPath, std::string* pstrDrive, std::string* pstrDir
     Put(pstrTitle, strTitle.substr(0, nTitle));
     Put(pstrExt, strTitle.substr(nTitle));
 
-    const bool bIsDirectory = strPath.empty() || (nDir != 0 && strTitle.empty());
     // Wanted: a title without "." fails, with the text that callers compare.
-    if (!bIsDirectory && nTitle == strTitle.size() && strTitle.substr(0, 1) != ".")
+    const bool bIsDirectory = strPath.empty() || (nDir != 0 && strTitle.empty());
+    if (!bIsDirectory && strTitle.find('.') == std::string_view::npos)
         throw std::out_of_range("basic_string::substr");
 }
 

@@ -26,6 +26,10 @@ public:
     /// with exit status 255, without running the caller's exit handlers. The calling thread is
     /// suspended until the program runs or the child has ended. Without a file or without arguments
     /// the child ends with 255 too.
+    ///
+    /// A child that has ended stays a zombie, an entry in the system's table, until the program
+    /// waits for it; `signal(SIGCHLD, SIG_IGN)` spares it that. The child inherits the calling
+    /// thread's signal mask: a signal that the thread blocks does not reach the program either.
     /// @param pszFile    the program, searched along `PATH` when it holds no slash
     /// @param ppszArgs   its arguments, the program name first, a null pointer last; the caller's
     ///                   open descriptors and environment are inherited

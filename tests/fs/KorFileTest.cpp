@@ -642,6 +642,20 @@ TEST_F(KorFile, KnowsWhetherAFileExists)
     EXPECT_EQ(ENOTDIR, errno);
 }
 
+TEST_F(KorFile, ALinkThatLeadsNowhereDoesNotExistButCanBeRenamedAndRemoved)
+{
+    const std::string strLink = m_oDir.File("link");
+    const std::string strOther = m_oDir.File("other");
+    ASSERT_EQ(0, symlink("missing", strLink.c_str()));
+    EXPECT_FALSE(CKorFile::FileExist(strLink.c_str()));
+    EXPECT_EQ(ENOENT, errno);
+    EXPECT_TRUE(CKorFile::Rename(strLink.c_str(), strOther.c_str()));
+    struct stat oStatus;
+    EXPECT_EQ(0, lstat(strOther.c_str(), &oStatus));
+    EXPECT_FALSE(CKorFile::Remove(strOther.c_str()));
+    EXPECT_EQ(-1, lstat(strOther.c_str(), &oStatus));
+}
+
 TEST_F(KorFile, RemovesAFileAndReturnsFalse)
 {
     EXPECT_FALSE(CKorFile::Remove(m_strPath.c_str()));

@@ -339,4 +339,17 @@ TEST(MakePathAbsolute, EndsForEveryDottedName)
     }
 }
 
+TEST(KorSplitPath, AnOutputMayBeThePathItself)
+{
+    for (std::string Parts::*pOutput :
+         {&Parts::strDrive, &Parts::strDir, &Parts::strTitle, &Parts::strExt}) {
+        for (const char* pszPath : {"/usr/bin/x.bin", "\\\\srv\\share\\a-long-title-of-a-file.x"}) {
+            Parts oParts = UNTOUCHED;
+            oParts.*pOutput = pszPath;
+            SplitInto(oParts, (oParts.*pOutput).c_str());
+            EXPECT_EQ(Split(pszPath), oParts);
+        }
+    }
+}
+
 } // namespace

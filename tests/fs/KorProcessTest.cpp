@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -169,6 +170,31 @@ TEST(KorProcessSpawn, LeavesErrnoOfTheCallerAlone)
     EXPECT_EQ(255, ExitStatusOfChild());
 }
 
+TEST(KorProcessSpawn, LeavesAZombieUntilTheCallerWaits)
+{
+    SpawnShell("exit 3");
+    siginfo_t oInfo = {};
+    ASSERT_EQ(0, waitid(P_ALL, 0, &oInfo, WEXITED | WNOWAIT));
+    EXPECT_EQ(0, kill(oInfo.si_pid, 0));
+    EXPECT_EQ(3, ExitStatusOfChild());
+    EXPECT_EQ(-1, kill(oInfo.si_pid, 0));
+}
+
+TEST(KorProcessSpawn, HandsTheCallersSignalMaskOn)
+{
+    sigset_t oBlocked;
+    sigset_t oBefore;
+    sigemptyset(&oBlocked);
+    sigaddset(&oBlocked, SIGTERM);
+    ASSERT_EQ(0, pthread_sigmask(SIG_BLOCK, &oBlocked, &oBefore));
+    SpawnShell("kill -TERM $$; exit 3");
+    EXPECT_EQ(0, pthread_sigmask(SIG_SETMASK, &oBefore, nullptr));
+    EXPECT_EQ(3, ExitStatusOfChild());
+
+    SpawnShell("kill -TERM $$; exit 3");
+    EXPECT_EQ(-SIGTERM, ExitStatusOfChild());
+}
+
 void PrintFarewell()
 {
     EXPECT_EQ(5, write(STDOUT_FILENO, "bye!\n", 5));
@@ -297,7 +323,10 @@ TEST(KorProcessProgDir, IsKnownInADeepDirectory)
 
 TEST(KorProcessProgDir, IsCutAt2047Bytes)
 {
+    ExpectProgramDirAtDepth(2041); // a name of exactly 2047 bytes
     ExpectProgramDirAtDepth(2042); // cut inside the program's name
+    ExpectProgramDirAtDepth(2046); // cut behind the separator
+    ExpectProgramDirAtDepth(2047); // cut in front of the separator
     ExpectProgramDirAtDepth(2100); // cut inside the last directory's name
 }
 
