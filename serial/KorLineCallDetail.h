@@ -1,0 +1,71 @@
+#pragma once
+
+// How the calls on a line share it. Not installed.
+
+#include "serial/KorLineStateDetail.h"
+
+#include <cerrno>
+#include <mutex>
+
+/// One call on a line. It has the state's mutex while it lives, but not while it reads, writes,
+/// waits or runs something on the descriptor; then it counts as a use, and Close() waits for it.
+/// Operations give 0 or an error number.
+class CKorLineCall
+{
+public:
+    explicit CKorLineCall(CKorLineState& oState)
+        : m_oState(oState), m_oLock(oState.m_oMutex), m_nCancels(oState.m_nCancels)
+    {
+    }
+
+    /// EBADF for a closed line, the hang-up's error for one that is lost.
+    int CheckLine() const;
+    /// EBADF for a closed line, EOPNOTSUPP during a reception.
+    int CheckReading() const;
+    /// ECANCELED when the call shall end.
+    int CheckCancel() const;
+
+    /// Waits until the line is ready or hung up; EAGAIN when the moment came first.
+    int Wait(short nEvents, std::int64_t nMoment);
+    /// The same without limit for a reception, which has a wake of its own.
+    int WaitForInput(const CKorLineWake& oWake);
+    /// Adds a block to the held bytes; EAGAIN when none came until the moment.
+    int FillUntil(std::int64_t nMoment);
+    /// The same within the time of a call, of which one attempt is always made.
+    int Fill(CKorLineDeadline& rDeadline);
+    int ReadBlock();
+    int WriteBlock(const char* pData, std::size_t nLength, std::size_t& rnWritten);
+    /// Moves held bytes into the string.
+    int Give(std::size_t nCount, std::string& strData);
+
+    /// Runs a function of the descriptor that gives 0 or an error number.
+    template <typename TFunction>
+    int Run(TFunction fnFunction)
+    {
+        int nErrno = 0;
+        {
+            const COutside oOutside(*this);
+            nErrno = fnFunction(oOutside.m_hLine);
+        }
+        if (nErrno == EIO)
+            m_oState.HangUp(nErrno);
+        return nErrno;
+    }
+
+private:
+    /// A use of the descriptor without the mutex.
+    struct COutside
+    {
+        explicit COutside(CKorLineCall& oCall);
+        ~COutside();
+        COutside(const COutside&) = delete;
+        COutside& operator=(const COutside&) = delete;
+
+        CKorLineCall& m_oCall;
+        const int m_hLine;
+    };
+
+    CKorLineState& m_oState;
+    std::unique_lock<std::mutex> m_oLock;
+    const unsigned int m_nCancels;
+};

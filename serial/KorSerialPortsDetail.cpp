@@ -1,0 +1,162 @@
+#include "serial/KorSerialPortsDetail.h"
+
+#include <algorithm>
+#include <climits>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <stdlib.h>
+#include <unistd.h>
+
+namespace
+{
+
+std::vector<std::string> EntriesOf(const std::string& strFolder)
+{
+    std::vector<std::string> vecNames;
+    DIR* const pFolder = opendir(strFolder.c_str());
+    if (pFolder == nullptr)
+        return vecNames;
+    while (const dirent* const pEntry = readdir(pFolder)) {
+        if (pEntry->d_name[0] != '.')
+            vecNames.emplace_back(pEntry->d_name);
+    }
+    closedir(pFolder);
+    return vecNames;
+}
+
+/// The name with all links followed; empty when it is not there.
+std::string RealName(const std::string& strName)
+{
+    char acName[PATH_MAX];
+    return realpath(strName.c_str(), acName) != nullptr ? acName : "";
+}
+
+std::string LastPart(const std::string& strName)
+{
+    return strName.substr(strName.rfind('/') + 1);
+}
+
+std::string Parent(const std::string& strName)
+{
+    return strName.substr(0, std::min(strName.rfind('/'), strName.size()));
+}
+
+/// The first line of a file; empty when it cannot be read.
+std::string LineOf(const std::string& strFile)
+{
+    const int hFile = open(strFile.c_str(), O_RDONLY | O_CLOEXEC);
+    if (hFile == -1)
+        return "";
+    char acText[256];
+    const ssize_t nRead = read(hFile, acText, sizeof acText);
+    close(hFile);
+    const std::string strText(acText, nRead > 0 ? static_cast<std::size_t>(nRead) : 0);
+    return strText.substr(0, strText.find('\n'));
+}
+
+/// The device itself: newer kernels show UARTs below two devices of their serial core.
+std::string SkipSerialCore(std::string strDevice)
+{
+    while (LastPart(RealName(strDevice + "/subsystem")) == "serial-base")
+        strDevice = Parent(strDevice);
+    return strDevice;
+}
+
+/// Fills in what the USB device says that a port belongs to, if it belongs to one.
+void DescribeUsb(std::string strDevice, const std::string& strEnd, SKorSerialPort& rPort)
+{
+    while (strDevice.size() > strEnd.size() && access((strDevice + "/idVendor").c_str(), F_OK) != 0)
+        strDevice = Parent(strDevice);
+    if (strDevice.size() <= strEnd.size())
+        return;
+    rPort.m_strVendor = LineOf(strDevice + "/manufacturer");
+    rPort.m_strProduct = LineOf(strDevice + "/product");
+    rPort.m_strSerialNumber = LineOf(strDevice + "/serial");
+}
+
+std::string StableName(const std::string& strRoot, const std::string& strDevice)
+{
+    const std::string strTarget = RealName(strRoot + strDevice);
+    for (const char* pszFolder : {"/dev/serial/by-id", "/dev/serial/by-path"}) {
+        std::vector<std::string> vecNames = EntriesOf(strRoot + pszFolder);
+        std::sort(vecNames.begin(), vecNames.end());
+        for (const std::string& strName : vecNames) {
+            const std::string strLink = std::string(pszFolder) + "/" + strName;
+            if (!strTarget.empty() && RealName(strRoot + strLink) == strTarget)
+                return strLink;
+        }
+    }
+    return "";
+}
+
+SKorSerialPort Describe(const std::string& strRoot, const std::string& strName,
+                        const std::string& strShown)
+{
+    SKorSerialPort oPort;
+    oPort.m_strDevice = "/dev/" + strName;
+    std::replace(oPort.m_strDevice.begin(), oPort.m_strDevice.end(), '!', '/');
+    const std::string strDevice = SkipSerialCore(strShown);
+    oPort.m_strDriver = LastPart(RealName(strDevice + "/driver"));
+    DescribeUsb(strDevice, RealName(strRoot + "/sys"), oPort);
+    oPort.m_strStableName = StableName(strRoot, oPort.m_strDevice);
+    return oPort;
+}
+
+std::size_t EndOfDigits(const std::string& strText, std::size_t nStart)
+{
+    return std::min(strText.find_first_not_of("0123456789", nStart), strText.size());
+}
+
+bool IsDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+/// The number at the position, without its leading zeros.
+std::string NumberAt(const std::string& strText, std::size_t nStart, std::size_t nEnd)
+{
+    const std::size_t nFirst = std::min(strText.find_first_not_of('0', nStart), nEnd);
+    return strText.substr(nFirst, nEnd - nFirst);
+}
+
+} // namespace
+
+bool KorIsNameBefore(const std::string& strLeft, const std::string& strRight)
+{
+    std::size_t i = 0;
+    std::size_t j = 0;
+    while (i < strLeft.size() && j < strRight.size()) {
+        if (!IsDigit(strLeft[i]) || !IsDigit(strRight[j])) {
+            if (strLeft[i] != strRight[j])
+                return strLeft[i] < strRight[j];
+            ++i;
+            ++j;
+            continue;
+        }
+        const std::string strOne = NumberAt(strLeft, i, EndOfDigits(strLeft, i));
+        const std::string strOther = NumberAt(strRight, j, EndOfDigits(strRight, j));
+        if (strOne != strOther)
+            return strOne.size() != strOther.size() ? strOne.size() < strOther.size()
+                                                    : strOne < strOther;
+        i = EndOfDigits(strLeft, i);
+        j = EndOfDigits(strRight, j);
+    }
+    return strLeft.size() - i < strRight.size() - j;
+}
+
+void KorListSerialPortsBelow(const std::string& strRoot, std::vector<SKorSerialPort>& rvecPorts)
+{
+    rvecPorts.clear();
+    const std::string strClass = strRoot + "/sys/class/tty";
+    for (const std::string& strName : EntriesOf(strClass)) {
+        const std::string strShown = RealName(strClass + "/" + strName + "/device");
+        // Consoles have no device; slots that a driver keeps for UARTs that are not there have
+        // the type 0.
+        if (!strShown.empty() && LineOf(strClass + "/" + strName + "/type") != "0")
+            rvecPorts.push_back(Describe(strRoot, strName, strShown));
+    }
+    std::sort(rvecPorts.begin(), rvecPorts.end(), [](const auto& oLeft, const auto& oRight) {
+        return KorIsNameBefore(oLeft.m_strDevice, oRight.m_strDevice);
+    });
+}
