@@ -88,12 +88,13 @@ void CKorLogLine::AddTime()
 
 void CKorLogLine::AddSyslogTime()
 {
-    constexpr char MONTHS[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
+    static constexpr char MONTHS[][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     const SLocalTime oTime = LocalTime();
     char szTime[48];
-    std::snprintf(szTime, sizeof szTime, "%.3s %2d %02d:%02d:%02d ",
-                  MONTHS + 3 * (oTime.oDate.nMonth - 1), oTime.oDate.nDay,
-                  oTime.nSecondOfDay / 3600, oTime.nSecondOfDay / 60 % 60, oTime.nSecondOfDay % 60);
+    std::snprintf(szTime, sizeof szTime, "%s %2d %02d:%02d:%02d ", MONTHS[oTime.oDate.nMonth - 1],
+                  oTime.oDate.nDay, oTime.nSecondOfDay / 3600, oTime.nSecondOfDay / 60 % 60,
+                  oTime.nSecondOfDay % 60);
     Add(szTime);
 }
 

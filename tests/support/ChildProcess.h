@@ -33,6 +33,8 @@ public:
     pid_t Id() const { return m_nPID; }
     /// Sends the signal.
     void Signal(int nSignal) const;
+    /// Whether it has not ended yet.
+    bool IsRunning() { return !Poll(); }
     /// What it printed so far.
     std::string OutputSoFar() const;
     /// Waits until its output holds @p strText; false when it ended or 60 s passed without it.

@@ -1,0 +1,169 @@
+#include "app/KorDaemonApplication.h"
+
+#include "app/KorServiceNotify.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+std::atomic<CKorDaemonApplication*> CKorDaemonApplication::m_pDaemon(nullptr);
+
+namespace
+{
+
+constexpr std::uint32_t PATIENCE_MS = 5000;
+
+/// The monotonic clock modulo 2^32, never 0.
+std::uint32_t Now()
+{
+    timespec oNow = {};
+    clock_gettime(CLOCK_MONOTONIC, &oNow);
+    return (static_cast<std::uint32_t>(oNow.tv_sec) * 1000U +
+            static_cast<std::uint32_t>(oNow.tv_nsec / 1000000)) |
+           1U;
+}
+
+void SetAction(int nSignal, void (*pHandler)(int))
+{
+    struct sigaction oAction = {};
+    oAction.sa_handler = pHandler;
+    oAction.sa_flags = SA_RESTART;
+    sigemptyset(&oAction.sa_mask);
+    sigaction(nSignal, &oAction, nullptr);
+}
+
+void DoNothing(int) {}
+
+} // namespace
+
+CKorDaemonApplication::CKorDaemonApplication(const char* pszIniFile, const char* pszApplName,
+                                             const char* pszLogFile)
+    : CKorConApplication(pszIniFile, pszApplName, pszLogFile),
+      m_nEndTime(0),
+      m_nEndSignals(0),
+      m_nExitStatus(EXIT_SUCCESS),
+      m_bEndByProgram(false),
+      m_nReloadTicket(-1)
+{
+    CKorDaemonApplication::InstallSignalHandlers();
+    LetAllSignalsIn();
+}
+
+CKorDaemonApplication::~CKorDaemonApplication()
+{
+    HoldEndSignals(); // the base class gives them their default actions
+    CKorDaemonApplication::RemoveSignalHandlers();
+}
+
+int CKorDaemonApplication::Start(int argc, char** argv)
+{
+    TakeProgramName(argc, argv);
+    ParseCommandLine();
+    if (Initialize()) {
+        m_oLoop.Post([this] { TellReady(); });
+        Run();
+        KorNotifyStopping();
+    } else if (!m_bEndByProgram) {
+        RequestEnd(EXIT_FAILURE);
+    }
+    return Finalize();
+}
+
+/// The base class takes the title of a program file with an extension only.
+void CKorDaemonApplication::TakeProgramName(int argc, char** argv)
+{
+    std::string strProgram = argv != nullptr && argc > 0 && argv[0] != nullptr ? argv[0] : ".";
+    const size_t nTitle = strProgram.find_last_of("/\\") + 1; // 0 without a separator
+    if (strProgram.find('.', nTitle) != std::string::npos)
+        return InitializeClass(argc, argv);
+    strProgram += ".";
+    std::vector<char*> vecArguments(argv, argv + argc);
+    vecArguments[0] = strProgram.data();
+    InitializeClass(argc, vecArguments.data());
+    m_oCmdLine.Initialize(argc, argv);
+}
+
+void CKorDaemonApplication::Run()
+{
+    if (!IsEndRequested())
+        m_oLoop.Run();
+}
+
+int CKorDaemonApplication::Finalize()
+{
+    return GetExitStatus();
+}
+
+void CKorDaemonApplication::InstallSignalHandlers()
+{
+    m_pDaemon = this;
+    SetAction(SIGINT, &EndSignalHandler);
+    SetAction(SIGTERM, &EndSignalHandler);
+    SetAction(SIGABRT, SIG_DFL);
+    SetAction(SIGPIPE, &DoNothing);
+    if (m_nReloadTicket == -1)
+        m_nReloadTicket = m_oLoop.CallOnSignal(SIGHUP, [this] { Reload(); });
+}
+
+void CKorDaemonApplication::RemoveSignalHandlers()
+{
+    RestoreActions();
+    m_oLoop.Cancel(m_nReloadTicket);
+    m_nReloadTicket = -1;
+    if (m_pDaemon == this)
+        m_pDaemon = nullptr;
+}
+
+void CKorDaemonApplication::RequestEnd(int nExitStatus)
+{
+    int nNone = EXIT_SUCCESS;
+    m_nExitStatus.compare_exchange_strong(nNone, nExitStatus);
+    m_bEndByProgram = true;
+    AskForEnd();
+}
+
+void CKorDaemonApplication::ReloadInd() {}
+
+// In a copy of the process, and above all in a child of vfork(), whose memory is the program's, a
+// signal is not the program's.
+void CKorDaemonApplication::EndSignalHandler(int nSignal)
+{
+    const int nError = errno;
+    CKorDaemonApplication* const pDaemon = m_pDaemon;
+    if (pDaemon != nullptr && getpid() == m_nPID)
+        pDaemon->CountEndSignal(nSignal);
+    errno = nError;
+}
+
+void CKorDaemonApplication::CountEndSignal(int nSignal)
+{
+    constexpr int LAST = 3;
+    const std::uint32_t nEndTime = m_nEndTime;
+    if (++m_nEndSignals >= LAST || (nEndTime != 0 && Now() - nEndTime > PATIENCE_MS))
+        _exit(128 + nSignal);
+    AskForEnd();
+}
+
+void CKorDaemonApplication::AskForEnd()
+{
+    std::uint32_t nNone = 0;
+    m_nEndTime.compare_exchange_strong(nNone, Now());
+    m_oLoop.Stop();
+}
+
+void CKorDaemonApplication::TellReady()
+{
+    const unsigned int nInterval = KorGetAliveInterval();
+    if (KorNotifyReady() && nInterval != 0)
+        m_oLoop.CallEvery(nInterval, [] { KorNotifyAlive(); });
+}
+
+void CKorDaemonApplication::Reload()
+{
+    KorNotifyReloading();
+    ReloadInd();
+    KorNotifyReady();
+}
