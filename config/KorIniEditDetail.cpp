@@ -37,13 +37,16 @@ public:
 private:
     void Visit(const CKorIniText& oLine);
     void OpenBlock(const CKorIniText& oLine);
+    size_t StartOfText() const;
     void VisitOption(const CKorIniText& oLine);
     void SetValue(const CKorIniText& oLine, const std::string& strValue);
     size_t PlaceOfValue(const CKorIniText& oLine) const;
     void ExtendCut(const CKorIniText& oLine);
     void Cut(size_t nBegin, size_t nEnd);
     void AddMissing();
+    void AddOption(const SKorIniChange& oChange);
     void Insert(size_t nPlace, const std::string& strLines);
+    std::string EndOfLastLine() const;
     void Join(std::string& rstrEdited);
 
     const std::string_view m_strText;
@@ -119,8 +122,7 @@ void CEditor::Visit(const CKorIniText& oLine)
         ExtendCut(oLine);
 }
 
-/// Before the first line there is the block of the section without a name. What goes to its start
-/// goes behind a line with a byte order mark, which no header can begin with.
+/// Before the first line there is the block of the section without a name.
 void CEditor::OpenBlock(const CKorIniText& oLine)
 {
     Cut(m_nCutBegin, m_nCutEnd);
@@ -130,14 +132,20 @@ void CEditor::OpenBlock(const CKorIniText& oLine)
     if (m_pSection == nullptr)
         return;
     m_bFirstBlock = !m_pSection->m_bOpened;
-    if (m_bFirstBlock) {
-        m_pSection->m_bOpened = true;
-        m_pSection->m_nNewOptions = oLine.Behind();
-        if (oLine.Number() == 0 && HasByteOrderMark(m_strText))
-            m_pSection->m_nNewOptions = std::min(m_strText.find('\n'), m_strText.size() - 1) + 1;
-    }
+    if (m_bFirstBlock)
+        m_pSection->m_nNewOptions = oLine.Number() == 0 ? StartOfText() : oLine.Behind();
+    m_pSection->m_bOpened = true;
     if (m_pSection->m_bRemove && oLine.Number() != 0)
         ExtendCut(oLine);
+}
+
+/// Where a first option may stand: behind a line with a byte order mark, which is no header.
+size_t CEditor::StartOfText() const
+{
+    const size_t nLine = m_strText.find('\n');
+    if (!HasByteOrderMark(m_strText))
+        return 0;
+    return nLine != std::string_view::npos ? nLine + 1 : m_strText.size();
 }
 
 void CEditor::VisitOption(const CKorIniText& oLine)
@@ -197,21 +205,12 @@ void CEditor::Cut(size_t nBegin, size_t nEnd)
     }
 }
 
+/// Options of sections that the text has come first: what goes to its end opens a section there.
 void CEditor::AddMissing()
 {
     for (size_t i = 0; i < m_vecChanges.size(); ++i) {
-        const SKorIniChange& oChange = m_vecChanges[i];
-        if (m_vecDone[i] || oChange.m_eKind != SKorIniChange::CHANGE_SET)
-            continue;
-        const std::string strLine = oChange.m_strOption + "=" + oChange.m_strValue + m_strLineEnd;
-        SSection& oSection = m_vecSections[m_oSections.Find({oChange.m_strSection, {}})];
-        if (oSection.m_bOpened) {
-            Insert(oSection.m_nNewOptions, strLine);
-            continue;
-        }
-        if (oSection.m_strNew.empty())
-            oSection.m_strNew = "[" + oChange.m_strSection + "]" + m_strLineEnd;
-        oSection.m_strNew += strLine;
+        if (!m_vecDone[i] && m_vecChanges[i].m_eKind == SKorIniChange::CHANGE_SET)
+            AddOption(m_vecChanges[i]);
     }
     for (const SSection& oSection : m_vecSections) {
         if (!oSection.m_strNew.empty())
@@ -219,13 +218,34 @@ void CEditor::AddMissing()
     }
 }
 
+void CEditor::AddOption(const SKorIniChange& oChange)
+{
+    const std::string strLine = oChange.m_strOption + "=" + oChange.m_strValue + m_strLineEnd;
+    SSection& oSection = m_vecSections[m_oSections.Find({oChange.m_strSection, {}})];
+    if (oSection.m_bOpened) {
+        Insert(oSection.m_nNewOptions, strLine);
+        return;
+    }
+    if (oSection.m_strNew.empty())
+        oSection.m_strNew = "[" + oChange.m_strSection + "]" + m_strLineEnd;
+    oSection.m_strNew += strLine;
+}
+
 void CEditor::Insert(size_t nPlace, const std::string& strLines)
 {
     const bool bAtEnd = nPlace == m_strText.size();
     const bool bOpenLine = bAtEnd && nPlace != 0 && m_strText.back() != '\n' && !m_bInsertedAtEnd;
-    m_vecSplices.push_back({nPlace, 0, (bOpenLine ? m_strLineEnd : "") + strLines});
+    m_vecSplices.push_back({nPlace, 0, (bOpenLine ? EndOfLastLine() : "") + strLines});
     m_bInsertedAtEnd |= bAtEnd;
     m_bBlankEnd &= !bAtEnd;
+}
+
+/// A carriage return would become a part of the name of a header without "]".
+std::string CEditor::EndOfLastLine() const
+{
+    const std::string strLine(m_strText.substr(m_strText.rfind('\n') + 1));
+    const bool bSame = KorIniParse(strLine + "\r").m_strName == KorIniParse(strLine).m_strName;
+    return bSame ? m_strLineEnd : "\n";
 }
 
 void CEditor::Join(std::string& rstrEdited)

@@ -3,20 +3,17 @@
 
 #include "config/KorIniFile.h"
 #include "config/KorOptionExchange.h"
+#include "tests/config/IniDice.h"
 #include "tests/config/TestScale.h"
 #include "tests/support/ScratchDir.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <random>
 
 namespace
 {
 
 using Texts = std::vector<std::string>;
-using namespace std::string_literals;
 
 /// A document as a list of lines.
 class Model
@@ -226,60 +223,6 @@ private:
     std::vector<Line> m_vecLines;
 };
 
-/// Random texts in which names meet often and every special character occurs.
-class Dice
-{
-public:
-    explicit Dice(unsigned nSeed) : m_oEngine(nSeed) {}
-
-    size_t Below(size_t nLimit) { return m_oEngine() % nLimit; }
-    std::string OneOf(const Texts& vecTexts) { return vecTexts[Below(vecTexts.size())]; }
-
-    std::string Name() { return OneOf({"a", "A", "b", "B", "c", "key word", "\xC4", "\xE4", ""}); }
-    std::string Value() { return OneOf({"", "1", "two words", "\"q\"", "x=y", "#", "[z]", " 5 "}); }
-
-    std::string Line()
-    {
-        switch (Below(8)) {
-        case 0:
-        case 1:
-            return Space() + "[" + Name() + OneOf({"]", "]", "]", "", " ]", "]junk"}) + Tail();
-        case 2:
-        case 3:
-        case 4:
-            return Space() + Name() + Space() + "=" + Space() + Value() + Tail();
-        case 5:
-            return Space() + "## COMMENTED ## " + Name() + "=" + Value();
-        case 6:
-            return Space();
-        default:
-            return Noise();
-        }
-    }
-
-    std::string File()
-    {
-        std::string strFile;
-        for (size_t n = Below(20); n > 0; --n)
-            strFile += Line() + "\n";
-        return strFile + (Below(2) == 0 ? Line() : "");
-    }
-
-private:
-    std::string Space() { return OneOf({"", "", "", " ", "\t", " \v\f"}); }
-    std::string Tail() { return OneOf({"", "", "", " ", "\r", "#c", " # c \r", " ;c"}); }
-
-    std::string Noise()
-    {
-        std::string strNoise;
-        for (size_t n = Below(8); n > 0; --n)
-            strNoise += OneOf({"a", "[", "]", "=", "#", " ", "\t", "\"", ";", "\0"s, "\xFF", "\r"});
-        return strNoise;
-    }
-
-    std::mt19937 m_oEngine;
-};
-
 struct Exchange : CKorIniOptionExchange
 {
     using CKorIniOptionExchange::CKorIniOptionExchange;
@@ -304,16 +247,6 @@ struct Exchange : CKorIniOptionExchange
     }
 };
 
-unsigned Seed()
-{
-    const char* pszSeed = std::getenv("TARVO_TEST_SEED");
-    const unsigned nSeed = pszSeed != nullptr
-                               ? static_cast<unsigned>(std::strtoul(pszSeed, nullptr, 10))
-                               : std::random_device()();
-    std::printf("TARVO_TEST_SEED=%u\n", nSeed);
-    return nSeed;
-}
-
 /// The parameter is the case rule.
 class KorIniModel : public testing::TestWithParam<bool>
 {
@@ -322,7 +255,7 @@ protected:
     static constexpr int EDITS = 6;
 
     KorIniModel()
-        : m_nSeed(Seed()),
+        : m_nSeed(TestSeed()),
           m_oDice(m_nSeed),
           m_oModel(GetParam()),
           m_oFile(m_oDir.File("test.ini").c_str(), CKorIniFile::PATH_UNCHANGED)
@@ -378,7 +311,7 @@ protected:
     void RemoveFile() const { std::remove(m_oFile.GetIniFileName().c_str()); }
 
     const unsigned m_nSeed;
-    Dice m_oDice;
+    IniDice m_oDice;
     Model m_oModel;
     ScratchDir m_oDir;
     CKorIniFile m_oFile;

@@ -6,9 +6,11 @@
 #include <sstream>
 #include <stdlib.h>
 
-ScratchDir::ScratchDir()
+ScratchDir::ScratchDir() : ScratchDir(std::filesystem::temp_directory_path()) {}
+
+ScratchDir::ScratchDir(const std::string& strParent)
 {
-    std::string strTemplate = std::filesystem::temp_directory_path() / "tarvo-test-XXXXXX";
+    std::string strTemplate = strParent + "/tarvo-test-XXXXXX";
     if (mkdtemp(strTemplate.data()) == nullptr)
         ADD_FAILURE() << "cannot create " << strTemplate;
     m_strPath = strTemplate;

@@ -2,12 +2,13 @@
 
 #include <string>
 
-/// A directory of its own under the system's temporary directory, removed with everything in it
-/// at the end of the scope.
+/// A directory of its own, removed with everything in it at the end of the scope.
 class ScratchDir
 {
 public:
+    /// Makes it under the system's temporary directory.
     ScratchDir();
+    explicit ScratchDir(const std::string& strParent);
     ~ScratchDir();
     ScratchDir(const ScratchDir&) = delete;
     ScratchDir& operator=(const ScratchDir&) = delete;
