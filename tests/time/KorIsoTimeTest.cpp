@@ -331,7 +331,7 @@ TEST(KorIsoTime, ReadsBackWhatItWrote)
 TEST(KorIsoTime, AgreesWithPythonOnDates)
 {
     // Each day of two weeks at the turn of each year, in all three kinds.
-    const std::vector<std::string> vecLines = PythonLines(R"(
+    const std::vector<std::string> vecLines = LinesOfPython({"-c", R"(
 import datetime
 for year in range(2, 2922):
     first = datetime.date(year, 1, 1)
@@ -339,7 +339,7 @@ for year in range(2, 2922):
         d = first + datetime.timedelta(n)
         print(d.isoformat(), '%04d-%03d' % (d.year, d.timetuple().tm_yday),
               '%04d-W%02d-%d' % tuple(d.isocalendar()), d.toordinal())
-)");
+)"});
     ASSERT_EQ(2920U * 13, vecLines.size());
     constexpr std::int64_t ORDINAL_OF_YEAR_0 = -365; // 0001-01-01 is 1, year 0 a leap year
     for (const std::string& strLine : vecLines) {
@@ -370,7 +370,7 @@ TEST(KorIsoTime, AgreesWithPythonOnTexts)
         const CKorUTCTime oTime = TimeOfTicks(nMicros * 100 + EPOCH_SECONDS * TICKS_PER_SECOND);
         vecExpected.push_back(KorToIsoString(oTime, nOffset, 6));
     }
-    const std::vector<std::string> vecLines = PythonLines(R"(
+    const std::vector<std::string> vecLines = LinesOfPython({"-c", R"(
 import datetime, sys
 epoch = datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
 for line in sys.stdin:
@@ -378,8 +378,8 @@ for line in sys.stdin:
     zone = datetime.timezone(datetime.timedelta(minutes=offset))
     text = (epoch + datetime.timedelta(microseconds=micros)).astimezone(zone)
     print(text.isoformat(timespec='microseconds').replace('+00:00', 'Z'))
-)",
-                                                          strInput);
+)"},
+                                                            strInput);
     EXPECT_EQ(vecExpected, vecLines);
 }
 

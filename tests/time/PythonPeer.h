@@ -6,12 +6,11 @@
 #include <string>
 #include <vector>
 
-/// The lines that a Python program prints; fails the running test when it fails.
-inline std::vector<std::string> PythonLines(const std::string& strProgram,
-                                            const std::string& strInput = "",
-                                            const std::vector<std::string>& vecArgs = {})
+/// The lines that Python prints; fails the running test when it fails.
+inline std::vector<std::string> LinesOfPython(const std::vector<std::string>& vecArgs,
+                                              const std::string& strInput = "")
 {
-    std::vector<std::string> vecCommand = {"/usr/bin/python3", "-c", strProgram};
+    std::vector<std::string> vecCommand = {"/usr/bin/python3"};
     vecCommand.insert(vecCommand.end(), vecArgs.begin(), vecArgs.end());
     const ChildResult oResult = RunProgram(vecCommand, strInput);
     EXPECT_EQ(0, oResult.nExitStatus) << oResult.strErr;

@@ -1,0 +1,93 @@
+// All zones of the system beside Python's zoneinfo. What it says is printed by ZonePeer.py, which
+// also describes the lines.
+
+#include "tests/support/Emulation.h"
+#include "tests/time/InstantSupport.h"
+#include "tests/time/PythonPeer.h"
+#include "time/KorTimeZone.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace
+{
+
+struct SZone
+{
+    std::string strName;
+    CKorTimeZone oZone;
+};
+
+std::vector<SZone> LoadAll(std::istringstream& oNames)
+{
+    std::vector<SZone> vecZones;
+    for (SZone oZone; oNames >> oZone.strName; vecZones.push_back(oZone))
+        EXPECT_TRUE(oZone.oZone.Load(oZone.strName.c_str())) << oZone.strName;
+    return vecZones;
+}
+
+void CompareInstant(const std::vector<SZone>& vecZones, std::istringstream& oFields)
+{
+    std::int64_t nSeconds = 0;
+    int nOffset = 0;
+    bool bSummerTime = false;
+    std::string strAbbreviation;
+    ASSERT_TRUE(oFields >> nSeconds >> nOffset >> bSummerTime >> strAbbreviation);
+    const CKorUTCTime oTime = TimeOfUnix(nSeconds);
+    for (const SZone& oZone : vecZones) {
+        ASSERT_EQ(nOffset, oZone.oZone.GetOffset(oTime)) << oZone.strName << " " << nSeconds;
+        ASSERT_EQ(bSummerTime, oZone.oZone.IsSummerTime(oTime)) << oZone.strName << " " << nSeconds;
+        ASSERT_EQ(strAbbreviation, oZone.oZone.GetAbbreviation(oTime)) << oZone.strName;
+    }
+}
+
+void CompareReading(const std::vector<SZone>& vecZones, std::istringstream& oFields)
+{
+    int n[6] = {};
+    int nKind = 0;
+    std::int64_t nEarlier = 0;
+    std::int64_t nLater = 0;
+    for (int& nPart : n)
+        oFields >> nPart;
+    ASSERT_TRUE(oFields >> nKind >> nEarlier >> nLater);
+    for (const SZone& oZone : vecZones) {
+        const CKorTimeZone& o = oZone.oZone;
+        ASSERT_EQ(nKind, o.GetKind(n[0], n[1], n[2], n[3], n[4], n[5]))
+            << oZone.strName << " " << oFields.str();
+        ASSERT_EQ(TimeOfUnix(nEarlier), o.ToUtc(n[0], n[1], n[2], n[3], n[4], n[5]))
+            << oZone.strName << " " << oFields.str();
+        ASSERT_EQ(TimeOfUnix(nLater),
+                  o.ToUtc(n[0], n[1], n[2], n[3], n[4], n[5], CKorTimeZone::CHOICE_LATER))
+            << oZone.strName << " " << oFields.str();
+    }
+}
+
+constexpr int PARTS = 4;
+
+class KorTimeZonePeer : public testing::TestWithParam<int>
+{
+};
+
+TEST_P(KorTimeZonePeer, AgreesOnEveryZoneAroundItsChanges)
+{
+    const int nParts = UnderEmulation() ? 40 * PARTS : PARTS; // a sample, which is slow enough
+    const std::vector<std::string> vecLines = LinesOfPython(
+        {ZONE_PEER, "/usr/share/zoneinfo", std::to_string(GetParam()), std::to_string(nParts)});
+    ASSERT_FALSE(vecLines.empty());
+    std::vector<SZone> vecZones;
+    for (const std::string& strLine : vecLines) {
+        std::istringstream oFields(strLine.substr(1));
+        if (strLine[0] == 'Z')
+            vecZones = LoadAll(oFields);
+        else if (strLine[0] == 'U')
+            CompareInstant(vecZones, oFields);
+        else
+            CompareReading(vecZones, oFields);
+        if (HasFatalFailure())
+            return;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Parts, KorTimeZonePeer, testing::Range(0, PARTS));
+
+} // namespace
