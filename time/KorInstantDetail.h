@@ -75,4 +75,23 @@ inline SClock ClockAt(std::int64_t nTicks, int nOffsetMinutes)
             static_cast<std::int32_t>(nTicks - nSeconds * PER_SECOND)};
 }
 
+/// The ticks of a Unix second that a text gave, of its fraction, and when the text said second 60 of
+/// one second more, which must be the first one of a day of UTC.
+/// @return false when there is no such count of ticks, or no such leap second
+inline bool FromText(std::int64_t nUnixSecond, bool bLeapSecond, std::int32_t nTick,
+                     std::int64_t& rnTicks)
+{
+    if (bLeapSecond && KorCalendar::FloorRest(++nUnixSecond, SECONDS_PER_DAY) != 0)
+        return false;
+    return Combine(nUnixSecond + UNIX_EPOCH, nTick, rnTicks);
+}
+
+/// Hands out what a text gave.
+inline void Store(std::int64_t nTicks, int nOffset, CKorUTCTime& rTime, int* pnOffsetMinutes)
+{
+    rTime = FromTicks(nTicks);
+    if (pnOffsetMinutes != nullptr)
+        *pnOffsetMinutes = nOffset;
+}
+
 } // namespace KorInstant

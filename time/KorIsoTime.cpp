@@ -87,7 +87,6 @@ private:
     bool TakeClock();
     bool TakeSecond();
     bool TakeOffset();
-    bool Combine(std::int64_t nUnixSecond, std::int64_t& nTicks) const;
 
     CCursor m_oText;
     bool m_bExtended = false; ///< with dashes and colons
@@ -197,9 +196,9 @@ bool CIsoReader::TakeOffset()
 
 bool CIsoReader::ToTicks(std::int64_t& nTicks) const
 {
-    return Combine(m_nDay * SECONDS_PER_DAY + m_nSecond - KorInstant::UNIX_EPOCH -
-                       std::int64_t{m_nOffset} * 60,
-                   nTicks);
+    const std::int64_t nReading = m_nDay * SECONDS_PER_DAY + m_nSecond - KorInstant::UNIX_EPOCH;
+    return KorInstant::FromText(nReading - std::int64_t{m_nOffset} * 60, m_bLeapSecond, m_nTick,
+                                nTicks);
 }
 
 bool CIsoReader::ToTicks(const CKorTimeZone& oZone, std::int64_t& nTicks) const
@@ -208,21 +207,8 @@ bool CIsoReader::ToTicks(const CKorTimeZone& oZone, std::int64_t& nTicks) const
     const auto nSecond = static_cast<int>(m_nSecond % SECONDS_PER_DAY);
     const CKorUTCTime oTime = oZone.ToUtc(static_cast<int>(oDate.nYear), oDate.nMonth, oDate.nDay,
                                           nSecond / 3600, nSecond / 60 % 60, nSecond % 60);
-    return oTime.IsTimeValid() && Combine(KorToUnixTime(oTime), nTicks);
-}
-
-bool CIsoReader::Combine(std::int64_t nUnixSecond, std::int64_t& nTicks) const
-{
-    if (m_bLeapSecond && KorCalendar::FloorRest(++nUnixSecond, SECONDS_PER_DAY) != 0)
-        return false;
-    return KorInstant::Combine(nUnixSecond + KorInstant::UNIX_EPOCH, m_nTick, nTicks);
-}
-
-void Store(std::int64_t nTicks, int nOffset, CKorUTCTime& rTime, int* pnOffsetMinutes)
-{
-    rTime = KorInstant::FromTicks(nTicks);
-    if (pnOffsetMinutes != nullptr)
-        *pnOffsetMinutes = nOffset;
+    return oTime.IsTimeValid() &&
+           KorInstant::FromText(KorToUnixTime(oTime), m_bLeapSecond, m_nTick, nTicks);
 }
 
 } // namespace
@@ -252,7 +238,7 @@ bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime, int* pnOff
     std::int64_t nTicks = 0;
     if (!oReader.Read() || !oReader.ToTicks(nTicks))
         return false;
-    Store(nTicks, oReader.GetOffset(), rTime, pnOffsetMinutes);
+    KorInstant::Store(nTicks, oReader.GetOffset(), rTime, pnOffsetMinutes);
     return true;
 }
 
@@ -266,6 +252,7 @@ bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime, const CKor
         return false;
     const std::int64_t nSeconds = oZone.GetOffset(KorInstant::FromTicks(nTicks));
     const auto nMinutes = static_cast<int>(KorCalendar::FloorQuotient(nSeconds, 60));
-    Store(nTicks, oReader.HasOffset() ? oReader.GetOffset() : nMinutes, rTime, pnOffsetMinutes);
+    KorInstant::Store(nTicks, oReader.HasOffset() ? oReader.GetOffset() : nMinutes, rTime,
+                      pnOffsetMinutes);
     return true;
 }
