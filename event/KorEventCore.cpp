@@ -133,7 +133,7 @@ int CKorEventCore::AddTimer(unsigned int nMilliseconds, unsigned int nPeriod,
 {
     m_oTimers.Reserve();
     const int nTicket = m_oTickets.Add(SKorTicket::KIND_TIMER, 0, nPeriod, std::move(fnHandler));
-    m_oTimers.Add(nTicket, KorEventAfter(KorEventNow(), nMilliseconds));
+    m_oTimers.Add(nTicket, KorEventDeadline(nMilliseconds));
     return nTicket;
 }
 
@@ -200,7 +200,7 @@ bool CKorEventCore::RunOnce(unsigned int nTimeout)
     const CClaim oClaim(m_bRunning);
     if (!oClaim.IsGranted())
         return false;
-    const std::int64_t nDeadline = KorEventAfter(KorEventNow(), nTimeout);
+    const std::int64_t nDeadline = KorEventDeadline(nTimeout);
     while (Turn(nDeadline) && !m_bRan && !m_bStop && KorEventNow() < nDeadline) {
     }
     return m_bRan;
@@ -243,20 +243,36 @@ bool CKorEventCore::Turn(std::int64_t nDeadline)
     return true;
 }
 
+// Whoever brings something after the announcement wakes the loop up; what came before is seen.
 bool CKorEventCore::Wait(CReady& oReady, std::int64_t nDeadline)
 {
+    std::int64_t nTimeout = TimeToWait(nDeadline);
+    if (nTimeout == 0)
+        return oReady.Wait(0);
     m_oWake.BeginWait();
-    const bool bDone = oReady.Wait(TimeToWait(nDeadline));
+    if (IsDue())
+        nTimeout = 0;
+    const bool bDone = oReady.Wait(nTimeout);
     m_oWake.EndWait();
+    m_nNow = 0;
     return bDone;
+}
+
+bool CKorEventCore::IsDue()
+{
+    return m_bStop || m_oPosts.IsDue() || m_oSignals.IsDue() || m_oHandles.IsReady();
 }
 
 std::int64_t CKorEventCore::TimeToWait(std::int64_t nDeadline)
 {
-    if (m_bStop || m_oPosts.IsDue() || m_oSignals.IsDue() || m_oHandles.IsReady())
+    m_nNow = 0;
+    if (IsDue())
         return 0;
     const std::int64_t nEnd = std::min(nDeadline, m_oTimers.FirstDue());
-    return nEnd == KOR_NEVER ? KOR_NEVER : std::max<std::int64_t>(nEnd - KorEventNow(), 0);
+    if (nEnd == KOR_NEVER)
+        return KOR_NEVER;
+    m_nNow = KorEventNow();
+    return std::max<std::int64_t>(nEnd - m_nNow, 0);
 }
 
 void CKorEventCore::RunSignals()
@@ -286,7 +302,7 @@ void CKorEventCore::RunTimers()
 {
     if (m_oTimers.FirstDue() == KOR_NEVER)
         return;
-    const std::int64_t nNow = KorEventNow();
+    const std::int64_t nNow = m_nNow != 0 ? m_nNow : KorEventNow();
     while (!m_bStop && m_oTimers.FirstDue() <= nNow)
         RunTimer(m_oTimers.First());
 }

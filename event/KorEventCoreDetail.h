@@ -40,6 +40,7 @@ private:
     /// One round. @return false when the system fails; #m_bRan tells whether a handler ran
     bool Turn(std::int64_t nDeadline);
     bool Wait(CReady& oReady, std::int64_t nDeadline);
+    bool IsDue();
     std::int64_t TimeToWait(std::int64_t nDeadline);
     void RunSignals();
     void RunPosts();
@@ -63,5 +64,6 @@ private:
     std::atomic<int> m_nResult{0};
     unsigned int m_nRound = 0;
     unsigned int m_nTold = 0; ///< What the handler of a handle is told.
+    std::int64_t m_nNow = 0;  ///< The time in this round as far as it is known, otherwise 0.
     bool m_bRan = false;      ///< Whether a handler ran in this round.
 };

@@ -73,7 +73,7 @@ int CKorEventHandles::Add(int nHandle, unsigned int nEvents, std::function<void(
         return -1;
     if (static_cast<size_t>(nHandle) >= m_vecHandles.size())
         m_vecHandles.resize(static_cast<size_t>(nHandle) + 1);
-    m_vecAlwaysReady.reserve(m_vecAlwaysReady.size() + 1);
+    MakeRoom(m_vecAlwaysReady);
     const int nTicket =
         m_oTickets.Add(SKorTicket::KIND_HANDLE, nHandle, nEvents, std::move(fnHandler));
     if (Link(nHandle, nTicket))

@@ -66,7 +66,7 @@ void ReleaseSlot(SSlot& oSlot)
 
 int CKorEventSignals::Add(int nSignal, std::function<void()> fnHandler)
 {
-    m_vecSignals.reserve(m_vecSignals.size() + 1);
+    MakeRoom(m_vecSignals);
     const int nTicket =
         m_oTickets.Add(SKorTicket::KIND_SIGNAL, nSignal, false, std::move(fnHandler));
     SSignal* pSignal = Find(nSignal);

@@ -62,11 +62,6 @@ int CKorTicketTable::FirstFrom(size_t& rnPlace) const
     return 0;
 }
 
-size_t CKorTicketTable::Place(int nTicket) const
-{
-    return static_cast<size_t>(nTicket) & (m_vecTickets.size() - 1);
-}
-
 void CKorTicketTable::Free(size_t nPlace, int nLastTicket)
 {
     SKorTicket& oTicket = m_vecTickets[nPlace];
@@ -87,6 +82,7 @@ void CKorTicketTable::Grow()
     const int nOldSize = static_cast<int>(m_vecTickets.size());
     std::vector<SKorTicket> vecOld(static_cast<size_t>(nOldSize == 0 ? FIRST_SIZE : 2 * nOldSize));
     vecOld.swap(m_vecTickets);
+    m_nMask = m_vecTickets.size() - 1;
     for (int nPlace = 1; nOldSize == 0 && nPlace <= FIRST_SIZE; ++nPlace)
         Free(Place(nPlace), nPlace - FIRST_SIZE);
     for (SKorTicket& oTicket : vecOld) {

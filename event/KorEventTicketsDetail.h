@@ -3,6 +3,14 @@
 #include <functional>
 #include <vector>
 
+/// Makes room for one more element, so that adding it cannot fail.
+template <typename TElement>
+void MakeRoom(std::vector<TElement>& vecElements)
+{
+    if (vecElements.size() == vecElements.capacity())
+        vecElements.reserve(2 * vecElements.size() + 8);
+}
+
 /// What a loop waits for under one number.
 struct SKorTicket
 {
@@ -45,11 +53,12 @@ public:
     int FirstFrom(size_t& rnPlace) const;
 
 private:
-    size_t Place(int nTicket) const;
+    size_t Place(int nTicket) const { return static_cast<size_t>(nTicket) & m_nMask; }
     void Free(size_t nPlace, int nLastTicket);
     void Grow();
 
     std::vector<SKorTicket> m_vecTickets;
+    size_t m_nMask = 0; ///< The size less 1.
     int m_nFirstFree = -1;
     int m_nLastFree = -1;
 };

@@ -1,6 +1,15 @@
 #include "event/KorEventTimersDetail.h"
 
+#include <algorithm>
 #include <ctime>
+
+namespace
+{
+
+// Four make the heap half as high as two, and each step up or down touches a ticket.
+constexpr size_t CHILDREN = 4;
+
+} // namespace
 
 std::int64_t KorEventNow()
 {
@@ -9,15 +18,11 @@ std::int64_t KorEventNow()
     return static_cast<std::int64_t>(oNow.tv_sec) * KOR_SECOND + oNow.tv_nsec;
 }
 
-std::int64_t KorEventAfter(std::int64_t nNow, unsigned int nMilliseconds)
+std::int64_t KorEventDeadline(unsigned int nMilliseconds)
 {
-    return nMilliseconds == 0xFFFFFFFF ? KOR_NEVER : nNow + nMilliseconds * KOR_MILLISECOND;
-}
-
-void CKorTimerQueue::Reserve()
-{
-    if (m_vecHeap.size() == m_vecHeap.capacity())
-        m_vecHeap.reserve(2 * m_vecHeap.size() + 8);
+    if (nMilliseconds == 0xFFFFFFFF)
+        return KOR_NEVER;
+    return KorEventNow() + nMilliseconds * KOR_MILLISECOND;
 }
 
 void CKorTimerQueue::Add(int nTicket, std::int64_t nDue)
@@ -71,9 +76,9 @@ void CKorTimerQueue::Put(size_t nPlace, const STimer& oTimer)
 void CKorTimerQueue::Rise(size_t nPlace)
 {
     const STimer oTimer = m_vecHeap[nPlace];
-    while (nPlace > 0 && IsBefore(oTimer, m_vecHeap[(nPlace - 1) / 2])) {
-        Put(nPlace, m_vecHeap[(nPlace - 1) / 2]);
-        nPlace = (nPlace - 1) / 2;
+    while (nPlace > 0 && IsBefore(oTimer, m_vecHeap[(nPlace - 1) / CHILDREN])) {
+        Put(nPlace, m_vecHeap[(nPlace - 1) / CHILDREN]);
+        nPlace = (nPlace - 1) / CHILDREN;
     }
     Put(nPlace, oTimer);
 }
@@ -81,13 +86,24 @@ void CKorTimerQueue::Rise(size_t nPlace)
 void CKorTimerQueue::Sink(size_t nPlace)
 {
     const STimer oTimer = m_vecHeap[nPlace];
-    for (size_t nChild = 2 * nPlace + 1; nChild < m_vecHeap.size(); nChild = 2 * nPlace + 1) {
-        if (nChild + 1 < m_vecHeap.size() && IsBefore(m_vecHeap[nChild + 1], m_vecHeap[nChild]))
-            ++nChild;
+    while (CHILDREN * nPlace + 1 < m_vecHeap.size()) {
+        const size_t nChild = FirstChild(nPlace);
         if (!IsBefore(m_vecHeap[nChild], oTimer))
             break;
         Put(nPlace, m_vecHeap[nChild]);
         nPlace = nChild;
     }
     Put(nPlace, oTimer);
+}
+
+size_t CKorTimerQueue::FirstChild(size_t nPlace) const
+{
+    const size_t nBegin = CHILDREN * nPlace + 1;
+    const size_t nEnd = std::min(nBegin + CHILDREN, m_vecHeap.size());
+    size_t nFirst = nBegin;
+    for (size_t nChild = nBegin + 1; nChild < nEnd; ++nChild) {
+        if (IsBefore(m_vecHeap[nChild], m_vecHeap[nFirst]))
+            nFirst = nChild;
+    }
+    return nFirst;
 }

@@ -13,8 +13,8 @@ constexpr std::int64_t KOR_MILLISECOND = 1000000;
 /// A time that does not come.
 constexpr std::int64_t KOR_NEVER = INT64_MAX;
 
-/// The time some milliseconds after another one; 0xFFFFFFFF of them never pass.
-std::int64_t KorEventAfter(std::int64_t nNow, unsigned int nMilliseconds);
+/// The time some milliseconds from now; 0xFFFFFFFF of them never pass.
+std::int64_t KorEventDeadline(unsigned int nMilliseconds);
 
 /// Timers by the time at which they are due: a heap that knows the place of each ticket. Of those
 /// due at the same time the one that was added first comes first.
@@ -24,7 +24,7 @@ public:
     explicit CKorTimerQueue(CKorTicketTable& oTickets) : m_oTickets(oTickets) {}
 
     /// Makes room for one more timer, so that Add() cannot fail.
-    void Reserve();
+    void Reserve() { MakeRoom(m_vecHeap); }
     void Add(int nTicket, std::int64_t nDue);
     void Remove(int nTicket);
     /// Has a repeated timer be due at its first turn after @p nNow.
@@ -50,6 +50,8 @@ private:
     void Put(size_t nPlace, const STimer& oTimer);
     void Rise(size_t nPlace);
     void Sink(size_t nPlace);
+    /// Of a place that has children, the one that is due first.
+    size_t FirstChild(size_t nPlace) const;
 
     CKorTicketTable& m_oTickets;
     std::vector<STimer> m_vecHeap;

@@ -2,8 +2,19 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <pthread.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
+
+namespace
+{
+
+std::atomic<unsigned int> s_nForks{0};
+
+// Tells a forked process more cheaply than getpid() would at each turn of a loop.
+const int s_nRegistered = pthread_atfork(nullptr, nullptr, [] { ++s_nForks; });
+
+} // namespace
 
 CKorEventWake::~CKorEventWake()
 {
@@ -15,6 +26,7 @@ bool CKorEventWake::Open()
     Close();
     m_bWaiting = false;
     m_nProcess = getpid();
+    m_nForks = s_nForks;
     m_hWake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     return m_hWake != -1;
 }
@@ -28,10 +40,11 @@ void CKorEventWake::Close()
 
 bool CKorEventWake::IsOwn() const
 {
-    return m_hWake != -1 && m_nProcess == getpid();
+    return m_hWake != -1 && m_nForks == s_nForks;
 }
 
-// In a forked process the handle is still the one of the process before.
+// In a forked process the handle is still the one of the process before; a child of vfork() uses
+// this process's memory.
 void CKorEventWake::Wake()
 {
     if (!m_bWaiting || m_nProcess != getpid() || !m_bWaiting.exchange(false))

@@ -30,5 +30,7 @@ public:
 private:
     std::atomic<int> m_hWake{-1};
     std::atomic<int> m_nProcess{0};
+    unsigned int m_nForks =
+        0; ///< How often the program had been forked when the handle was opened.
     std::atomic<bool> m_bWaiting{false};
 };

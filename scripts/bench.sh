@@ -5,7 +5,7 @@
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 need_packages g++ cmake ninja-build libbenchmark-dev libhowardhinnant-date-dev \
-  libglib2.0-dev libserialport-dev pkgconf bsdextrautils xxd
+  libglib2.0-dev libserialport-dev libuv1-dev pkgconf bsdextrautils xxd
 need_cmake
 step "Building the benchmarks"
 try cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF \

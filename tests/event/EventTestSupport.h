@@ -1,6 +1,7 @@
 #pragma once
 
 #include "event/KorEventLoop.h"
+#include "tests/support/Patience.h"
 
 #include <chrono>
 #include <fcntl.h>
@@ -9,9 +10,6 @@
 #include <string>
 #include <sys/socket.h>
 #include <unistd.h>
-
-/// Longer than anything takes: only a loop that hangs waits for it.
-constexpr unsigned int PATIENCE_MS = 60000;
 
 /// Two connected handles.
 class HandlePair
