@@ -145,7 +145,9 @@ private:
 /// made. A reading exchange sets the variable to the option's value, or to the default when there
 /// is no such option; a writing exchange sets the option to the variable.
 ///
-/// The library brings the two specialisations below. A program adds its own for other types:
+/// A new program takes IOX_Value() of `config/KorTypedOptions.h`, which knows more types and tells
+/// what it could not read. The library brings the two specialisations below; a call for any other
+/// type does not compile. A program adds its own for other types:
 ///
 ///     template <>
 ///     void IOX_Std<int>(CKorIniOptionExchange* pExchange, const char* pszSection,
@@ -166,6 +168,13 @@ private:
 template <typename T>
 void IOX_Std(CKorIniOptionExchange* pExchange, const char* pszSection, const char* pszOption,
              T& value, const T& defaultValue);
+
+template <typename T>
+void IOX_Std(CKorIniOptionExchange*, const char*, const char*, T&, const T&)
+{
+    static_assert(sizeof(T) == 0, "IOX_Std has no specialisation for this type: declare one before "
+                                  "the call, or call IOX_Value of config/KorTypedOptions.h");
+}
 
 /// Exchanges a text. Reading removes a pair of enclosing double quotes, from the default too.
 /// Writing encloses a text with white space in double quotes and leaves them in @p strValue; a "#"

@@ -1,0 +1,188 @@
+#include "config/KorTextValue.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace
+{
+
+/// Reads the digits of a number of a base.
+bool ReadDigits(std::string_view strText, int nBase, unsigned long long& rnValue)
+{
+    const char* const pcEnd = strText.data() + strText.size();
+    unsigned long long nValue = 0;
+    const std::from_chars_result oResult = std::from_chars(strText.data(), pcEnd, nValue, nBase);
+    if (oResult.ec != std::errc() || oResult.ptr != pcEnd)
+        return false;
+    rnValue = nValue;
+    return true;
+}
+
+bool EqualsAnyCase(std::string_view strText, std::string_view strLower)
+{
+    if (strText.size() != strLower.size())
+        return false;
+    for (size_t i = 0; i < strText.size(); ++i) {
+        const char c = strText[i];
+        if ((c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c) != strLower[i])
+            return false;
+    }
+    return true;
+}
+
+template <typename T>
+bool ReadFloating(std::string_view strText, T& rnValue)
+{
+    const char* const pcEnd = strText.data() + strText.size();
+    T nValue = 0;
+    const std::from_chars_result oResult = std::from_chars(strText.data(), pcEnd, nValue);
+    if (oResult.ec != std::errc() || oResult.ptr != pcEnd || !std::isfinite(nValue))
+        return false;
+    rnValue = nValue;
+    return true;
+}
+
+template <typename T>
+std::string WriteFloating(T nValue)
+{
+    char acText[32]; // the longest is "-2.2250738585072014e-308"
+    if (!std::isfinite(nValue))
+        return "";
+    return std::string(acText, std::to_chars(acText, acText + sizeof acText, nValue).ptr);
+}
+
+bool IsBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+} // namespace
+
+bool KorReadUnsigned(std::string_view strText, unsigned long long nMaximum,
+                     unsigned long long& rnValue)
+{
+    const bool bHex = strText.substr(0, 2) == "0x";
+    unsigned long long nValue = 0;
+    if (!ReadDigits(strText.substr(bHex ? 2 : 0), bHex ? 16 : 10, nValue) || nValue > nMaximum)
+        return false;
+    rnValue = nValue;
+    return true;
+}
+
+bool KorReadSigned(std::string_view strText, long long nMinimum, long long nMaximum,
+                   long long& rnValue)
+{
+    const bool bNegative = strText.substr(0, 1) == "-";
+    const unsigned long long nLimit = bNegative ? 0ULL - static_cast<unsigned long long>(nMinimum)
+                                                : static_cast<unsigned long long>(nMaximum);
+    unsigned long long nValue = 0;
+    if (!KorReadUnsigned(strText.substr(bNegative ? 1 : 0), nLimit, nValue))
+        return false;
+    rnValue = static_cast<long long>(bNegative ? 0ULL - nValue : nValue);
+    return true;
+}
+
+std::string KorWriteSigned(long long nValue)
+{
+    return std::to_string(nValue);
+}
+
+std::string KorWriteUnsigned(unsigned long long nValue)
+{
+    return std::to_string(nValue);
+}
+
+bool KorReadText(std::string_view strText, bool& rbValue)
+{
+    for (const char* pszTrue : {"true", "yes", "on", "1"}) {
+        if (EqualsAnyCase(strText, pszTrue))
+            return rbValue = true;
+    }
+    for (const char* pszFalse : {"false", "no", "off", "0"}) {
+        if (EqualsAnyCase(strText, pszFalse)) {
+            rbValue = false;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool KorReadText(std::string_view strText, char& rcValue)
+{
+    if (strText.size() != 1)
+        return false;
+    rcValue = strText.front();
+    return true;
+}
+
+bool KorReadText(std::string_view strText, float& rnValue)
+{
+    return ReadFloating(strText, rnValue);
+}
+
+bool KorReadText(std::string_view strText, double& rnValue)
+{
+    return ReadFloating(strText, rnValue);
+}
+
+bool KorReadText(std::string_view strText, std::string& rstrValue)
+{
+    rstrValue = strText;
+    return true;
+}
+
+std::string KorWriteText(const std::string& strValue)
+{
+    return strValue;
+}
+
+std::string KorSimpleText::Of(bool bValue)
+{
+    return bValue ? "true" : "false";
+}
+
+std::string KorSimpleText::Of(char cValue)
+{
+    return std::string(1, cValue);
+}
+
+std::string KorSimpleText::Of(float nValue)
+{
+    return WriteFloating(nValue);
+}
+
+std::string KorSimpleText::Of(double nValue)
+{
+    return WriteFloating(nValue);
+}
+
+std::vector<std::string_view> KorSplitList(std::string_view strText)
+{
+    std::vector<std::string_view> vecItems;
+    if (strText.empty())
+        return vecItems;
+    for (size_t nBegin = 0; nBegin <= strText.size();) {
+        const size_t nEnd = std::min(strText.find(',', nBegin), strText.size());
+        std::string_view strItem = strText.substr(nBegin, nEnd - nBegin);
+        while (nBegin > 0 && !strItem.empty() && IsBlank(strItem.front()))
+            strItem.remove_prefix(1);
+        while (nEnd < strText.size() && !strItem.empty() && IsBlank(strItem.back()))
+            strItem.remove_suffix(1);
+        vecItems.push_back(strItem);
+        nBegin = nEnd + 1;
+    }
+    return vecItems;
+}
+
+std::string KorJoinList(const std::vector<std::string>& vecItems)
+{
+    std::string strText;
+    for (size_t i = 0; i < vecItems.size(); ++i)
+        strText.append(i == 0 ? "" : ",").append(vecItems[i]);
+    // The only way to be sure, whatever the items hold.
+    const std::vector<std::string_view> vecRead = KorSplitList(strText);
+    const bool bReadsBack = std::equal(vecRead.begin(), vecRead.end(), vecItems.begin(),
+                                       vecItems.end());
+    return bReadsBack ? strText : "";
+}

@@ -1,0 +1,125 @@
+#include "config/KorTypedOptions.h"
+
+#include "config/KorIniEditDetail.h"
+#include "config/KorIniFinding.h"
+#include "config/KorIniNamesDetail.h"
+#include "config/KorIniReportDetail.h"
+#include "text/KorStringDetail.h"
+#include "text/KorStringFunc.h"
+
+#include <algorithm>
+
+namespace
+{
+
+/// The text as it is stored: in a pair of quotes where it would not come back without.
+std::string Enclosed(const std::string& strText)
+{
+    const bool bHasQuotes = strText.size() > 1 && strText.front() == '"' && strText.back() == '"';
+    const bool bHasSpace = strText.find_first_of(KOR_WHITE_SPACE) != std::string::npos;
+    return bHasQuotes || bHasSpace ? '"' + strText + '"' : strText;
+}
+
+std::string Printable(std::string strText)
+{
+    std::replace_if(
+        strText.begin(), strText.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
+    return strText;
+}
+
+/// The name with this text, or else the only one that differs in case alone.
+/// @return its index, or the number of names
+size_t IndexOfName(const std::vector<SKorValueName>& vecNames, const std::string& strText)
+{
+    size_t nAlike = 0;
+    size_t nLast = vecNames.size();
+    for (size_t i = 0; i < vecNames.size(); ++i) {
+        if (vecNames[i].m_strName == strText)
+            return i;
+        if (CKorIniNameRule(false).Equal(vecNames[i].m_strName, strText)) {
+            nLast = i;
+            ++nAlike;
+        }
+    }
+    return nAlike == 1 ? nLast : vecNames.size();
+}
+
+std::string NoneOf(const std::vector<SKorValueName>& vecNames)
+{
+    std::string strText = "is none of";
+    for (const SKorValueName& oName : vecNames)
+        strText.append(&oName == vecNames.data() ? " " : ", ").append(oName.m_strName);
+    return strText;
+}
+
+} // namespace
+
+CKorTypedOption::CKorTypedOption(CKorIniOptionExchange* pExchange, const char* pszSection,
+                                 const char* pszOption)
+    : m_pExchange(pExchange),
+      m_strSection(KorText(pszSection)),
+      m_strOption(KorText(pszOption)),
+      m_bStored(pExchange->GetOptionString(pszSection, pszOption, m_strText))
+{
+    KorDeQuoteString(m_strText);
+}
+
+bool CKorTypedOption::Store(const std::string& strText)
+{
+    const std::string strStored = Enclosed(strText);
+    const char* const pszWhyNot =
+        KorIniWhyNotStorable({SKorIniChange::CHANGE_SET, m_strSection, m_strOption, strStored});
+    if (pszWhyNot != nullptr) {
+        const std::string strLabel = KorIniLabel({m_strSection, m_strOption});
+        KorReportIniFinding(m_pExchange,
+                            {SKorIniFinding::FINDING_NOT_STORABLE, 0, m_strSection, m_strOption,
+                             strLabel + " cannot be stored: " + pszWhyNot});
+        return false;
+    }
+    m_pExchange->SetOptionString(m_strSection.c_str(), m_strOption.c_str(), strStored.c_str());
+    return true;
+}
+
+bool CKorTypedOption::RefuseStored(const SKorRefusal& oRefusal, const std::string& strDefault) const
+{
+    const std::string strUsed = strDefault.empty() ? "the default" : strDefault;
+    KorReportIniFinding(
+        m_pExchange,
+        {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
+                           : SKorIniFinding::FINDING_BAD_VALUE,
+         0, m_strSection, m_strOption,
+         Printable(KorIniLabel({m_strSection, m_strOption}) + "=" + m_strText + " " +
+                   oRefusal.m_strWhy + "; " + strUsed + " is used")});
+    return false;
+}
+
+bool CKorTypedOption::RefuseNew(const SKorRefusal& oRefusal) const
+{
+    KorReportIniFinding(m_pExchange,
+                        {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
+                                           : SKorIniFinding::FINDING_NOT_STORABLE,
+                         0, m_strSection, m_strOption,
+                         Printable(KorIniLabel({m_strSection, m_strOption}) +
+                                   " is not stored: the value " + oRefusal.m_strWhy)});
+    return false;
+}
+
+bool KorExchangeName(CKorIniOptionExchange* pExchange, const char* pszSection,
+                     const char* pszOption, const std::vector<SKorValueName>& vecNames,
+                     size_t nDefault, size_t& rnName)
+{
+    CKorTypedOption oOption(pExchange, pszSection, pszOption);
+    const size_t nNone = vecNames.size();
+    const size_t nStored =
+        oOption.IsStored() ? IndexOfName(vecNames, oOption.GetText()) : nNone;
+    if (pExchange->IsWriteBack()) {
+        if (rnName >= nNone)
+            return oOption.RefuseNew({false, NoneOf(vecNames)});
+        return (nStored < nNone && vecNames[nStored].m_nFirst == rnName) ||
+               oOption.Store(vecNames[rnName].m_strName);
+    }
+    const bool bTaken = nStored < nNone || !oOption.IsStored();
+    rnName = nStored < nNone ? nStored : nDefault;
+    return bTaken || oOption.RefuseStored({false, NoneOf(vecNames)},
+                                          nDefault < nNone ? vecNames[nDefault].m_strName : "");
+}
