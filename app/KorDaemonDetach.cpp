@@ -1,5 +1,7 @@
 #include "app/KorDaemonApplication.h"
 
+#include "fs/KorDescriptorDetail.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
@@ -15,37 +17,6 @@ struct SNews
 {
     pid_t nProcess; ///< who stays
     int nError;     ///< why nobody does; 0
-};
-
-/// What the step needs of the system; programs that are started do not inherit it.
-struct SHandles
-{
-    SHandles() = default;
-    ~SHandles()
-    {
-        const int nError = errno;
-        for (const int nHandle : {nReadNews, nWriteNews, nNull}) {
-            if (nHandle != -1)
-                close(nHandle);
-        }
-        errno = nError;
-    }
-    SHandles(const SHandles&) = delete;
-    SHandles& operator=(const SHandles&) = delete;
-
-    bool Open()
-    {
-        int anNews[2] = {-1, -1};
-        const bool bPipe = pipe2(anNews, O_CLOEXEC) == 0;
-        nReadNews = anNews[0];
-        nWriteNews = anNews[1];
-        nNull = bPipe ? open("/dev/null", O_RDWR | O_CLOEXEC) : -1;
-        return nNull != -1;
-    }
-
-    int nReadNews = -1;
-    int nWriteNews = -1;
-    int nNull = -1;
 };
 
 bool HasManager()
@@ -88,19 +59,22 @@ bool CKorDaemonApplication::Detach()
 {
     if (HasManager())
         return true;
-    SHandles oHandles;
-    if (!oHandles.Open())
+    const CKorDescriptor oNull(open("/dev/null", O_RDWR | O_CLOEXEC));
+    int anNews[2] = {-1, -1};
+    if (!oNull.IsOpen() || pipe2(anNews, O_CLOEXEC) != 0)
         return false;
+    const CKorDescriptor oReadNews(anNews[0]);
+    CKorDescriptor oWriteNews(anNews[1]);
     HoldEndSignals(); // until it is clear whose they are
     const pid_t nCopy = fork();
     int nError = errno;
     if (nCopy == 0) {
-        BecomeMember(oHandles.nWriteNews);
-        Settle(oHandles.nNull);
-        Tell(oHandles.nWriteNews, {getpid(), 0});
+        BecomeMember(oWriteNews.Get());
+        Settle(oNull.Get());
+        Tell(oWriteNews.Get(), {getpid(), 0});
     } else if (nCopy != -1) {
-        close(std::exchange(oHandles.nWriteNews, -1));
-        nError = Leave(nCopy, oHandles.nReadNews);
+        oWriteNews = CKorDescriptor();
+        nError = Leave(nCopy, oReadNews.Get());
     }
     LetAllSignalsIn();
     errno = nError;

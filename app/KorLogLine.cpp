@@ -2,6 +2,8 @@
 
 #include "time/KorCalendarDetail.h"
 #include "time/KorSystemClockDetail.h"
+#include "time/KorTimeZone.h"
+#include "time/KorUnixTime.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -26,13 +28,12 @@ SLocalTime LocalTime()
 {
     constexpr std::int64_t SECONDS_PER_DAY = 86400;
     const SKorClockReading oClock = KorReadSystemClock();
-    SKorZoneReading oZone = {0, false};
-    KorReadZoneData(oClock.nSeconds, oZone);
-    const std::int64_t nSeconds = oClock.nSeconds + oZone.nOffset;
+    const int nOffset = KorGetUtcOffset(KorFromUnixTime(oClock.nSeconds));
+    const std::int64_t nSeconds = oClock.nSeconds + nOffset;
     const std::int64_t nDay = KorCalendar::FloorQuotient(nSeconds, SECONDS_PER_DAY);
     return {KorCalendar::DateOfDay(nDay + KorCalendar::DAY_OF_UNIX_EPOCH),
             static_cast<int>(KorCalendar::FloorRest(nSeconds, SECONDS_PER_DAY)),
-            oClock.nMicroSeconds / 1000, oZone.nOffset / 60};
+            oClock.nMicroSeconds / 1000, nOffset / 60};
 }
 
 bool IsControl(char c)

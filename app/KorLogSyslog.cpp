@@ -1,5 +1,6 @@
 #include "app/KorLogSinkDetail.h"
 #include "app/KorOpenDetail.h"
+#include "fs/KorDescriptorDetail.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -10,29 +11,27 @@
 namespace
 {
 
-/// @return a socket that is connected to the system's log and never waits, or -1 with errno
-int ConnectToSyslog()
+/// A socket that is connected to the system's log and never waits; none with errno.
+CKorDescriptor ConnectToSyslog()
 {
     sockaddr_un oAddress = {};
     oAddress.sun_family = AF_UNIX;
     std::strcpy(oAddress.sun_path, "/dev/log");
-    const int nSocket =
-        KorMoveAboveStandard(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (nSocket != -1 &&
-        connect(nSocket, reinterpret_cast<const sockaddr*>(&oAddress), sizeof oAddress) == 0)
-        return nSocket;
-    const int nError = errno;
-    if (nSocket != -1)
-        close(nSocket);
-    errno = nError;
-    return -1;
+    CKorDescriptor oSocket(
+        KorMoveAboveStandard(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)));
+    const bool bConnected =
+        oSocket.IsOpen() &&
+        connect(oSocket.Get(), reinterpret_cast<const sockaddr*>(&oAddress), sizeof oAddress) == 0;
+    return bConnected ? std::move(oSocket) : CKorDescriptor();
 }
 
 class CSyslog : public CKorLogSink
 {
 public:
-    CSyslog(std::string strName, int nSocket) : m_strName(std::move(strName)), m_nSocket(nSocket) {}
-    ~CSyslog() override { close(m_nSocket); }
+    CSyslog(std::string strName, CKorDescriptor oSocket)
+        : m_strName(std::move(strName)), m_oSocket(std::move(oSocket))
+    {
+    }
 
     void Begin(CKorLogLine& oLine, int nLevel) const override
     {
@@ -54,11 +53,10 @@ public:
 
     bool Reopen() override
     {
-        const int nSocket = ConnectToSyslog();
-        if (nSocket == -1)
+        CKorDescriptor oSocket = ConnectToSyslog();
+        if (!oSocket.IsOpen())
             return false;
-        close(m_nSocket);
-        m_nSocket = nSocket;
+        m_oSocket = std::move(oSocket);
         return true;
     }
 
@@ -66,11 +64,11 @@ private:
     /// A datagram is a line: it needs no line feed.
     bool Send(const CKorLogLine& oLine) const
     {
-        return send(m_nSocket, oLine.Bytes(), oLine.Length() - 1, MSG_NOSIGNAL) != -1;
+        return send(m_oSocket.Get(), oLine.Bytes(), oLine.Length() - 1, MSG_NOSIGNAL) != -1;
     }
 
     std::string m_strName;
-    int m_nSocket;
+    CKorDescriptor m_oSocket;
 };
 
 } // namespace
@@ -78,10 +76,10 @@ private:
 std::unique_ptr<CKorLogSink> KorLogToSyslog(const char* pszName)
 {
     constexpr std::size_t LONGEST_NAME = 255;
-    const int nSocket = ConnectToSyslog();
-    if (nSocket == -1)
+    CKorDescriptor oSocket = ConnectToSyslog();
+    if (!oSocket.IsOpen())
         return nullptr;
     const bool bNamed = pszName != nullptr && *pszName != '\0';
     const std::string strName = bNamed ? pszName : program_invocation_short_name;
-    return std::make_unique<CSyslog>(strName.substr(0, LONGEST_NAME), nSocket);
+    return std::make_unique<CSyslog>(strName.substr(0, LONGEST_NAME), std::move(oSocket));
 }

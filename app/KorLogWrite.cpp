@@ -1,7 +1,9 @@
 #include "app/KorLogWriteDetail.h"
 
 #include "app/KorOpenDetail.h"
+#include "fs/KorDescriptorDetail.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <poll.h>
@@ -116,20 +118,16 @@ std::size_t WriteToReader(int nHandle, bool bPipe, const char* pBytes, std::size
     if (bPipe && !PipeHasRoom(nHandle, nLength))
         return 0;
     const std::string strName = "/proc/self/fd/" + std::to_string(nHandle);
-    const int nOwn = KorOpenAboveStandard(strName.c_str(), O_WRONLY | O_NONBLOCK, 0);
-    const int nTarget = nOwn != -1 ? nOwn : nHandle;
-    // Without a mode of its own: as much as poll() promises, one byte of a terminal.
-    const std::size_t nStep = nOwn != -1 || bPipe ? nLength : 1;
-    const std::size_t nDone =
-        WriteAll(pBytes, nLength, [nOwn, nTarget, nStep](const char* pRest, std::size_t nRest) {
-            const bool bReady = nOwn != -1 || CanWrite(nTarget);
-            return bReady ? write(nTarget, pRest, nRest < nStep ? nRest : nStep) : 0;
+    const CKorDescriptor oOwn(KorOpenAboveStandard(strName.c_str(), O_WRONLY | O_NONBLOCK, 0));
+    if (oOwn.IsOpen())
+        return WriteAll(pBytes, nLength, [&oOwn](const char* pRest, std::size_t nRest) {
+            return write(oOwn.Get(), pRest, nRest);
         });
-    const int nError = errno;
-    if (nOwn != -1)
-        close(nOwn);
-    errno = nError;
-    return nDone;
+    // Without a mode of its own: as much as poll() promises, one byte of a terminal.
+    const std::size_t nStep = bPipe ? nLength : 1;
+    return WriteAll(pBytes, nLength, [nHandle, nStep](const char* pRest, std::size_t nRest) {
+        return CanWrite(nHandle) ? write(nHandle, pRest, std::min(nRest, nStep)) : 0;
+    });
 }
 
 } // namespace

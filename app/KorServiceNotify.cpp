@@ -1,5 +1,7 @@
 #include "app/KorServiceNotify.h"
 
+#include "fs/KorDescriptorDetail.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -41,16 +43,11 @@ bool Send(const std::string& strMessage)
 {
     sockaddr_un oAddress = {};
     const socklen_t nAddress = ManagerAddress(oAddress);
-    const int hSocket =
-        nAddress != 0 ? socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0) : -1;
-    if (hSocket == -1)
-        return false;
-    const ssize_t nSent = sendto(hSocket, strMessage.data(), strMessage.size(), MSG_NOSIGNAL,
-                                 reinterpret_cast<const sockaddr*>(&oAddress), nAddress);
-    const int nError = errno;
-    close(hSocket);
-    errno = nError;
-    return nSent != -1;
+    const CKorDescriptor oSocket(
+        nAddress != 0 ? socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0) : -1);
+    return oSocket.IsOpen() &&
+           sendto(oSocket.Get(), strMessage.data(), strMessage.size(), MSG_NOSIGNAL,
+                  reinterpret_cast<const sockaddr*>(&oAddress), nAddress) != -1;
 }
 
 /// @return false for anything but decimal digits, and for a number beyond 64 bits
