@@ -2,6 +2,7 @@
 
 #include "app/KorLogSinkDetail.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -26,16 +27,14 @@ void HoldAcrossForks()
     static_cast<void>(nRegistered);
 }
 
-/// Puts together the message in the buffer.
-/// @return its length
-std::size_t Format(const char* pszFormat, va_list pArguments)
+/// The length of the message in the buffer.
+/// @param nFormatted  what the C library says of it
+std::size_t MessageLength(int nFormatted, const char* pszFormat)
 {
-    const int nLength = std::vsnprintf(acText, sizeof acText, pszFormat, pArguments);
-    if (nLength >= 0)
-        return static_cast<std::size_t>(nLength) < sizeof acText ? static_cast<std::size_t>(nLength)
-                                                                 : sizeof acText - 1;
     // Arguments that cannot be shown, for example wide characters that the locale does not have.
-    return static_cast<std::size_t>(std::snprintf(acText, sizeof acText, "%.4000s", pszFormat));
+    if (nFormatted < 0)
+        nFormatted = std::snprintf(acText, sizeof acText, "%s", pszFormat);
+    return std::min(static_cast<std::size_t>(nFormatted), sizeof acText - 1);
 }
 
 } // namespace
@@ -53,14 +52,15 @@ void CKorLog::Write(ELevel eLevel, const char* pszFormat, ...)
     if (!IsEnabled(eLevel))
         return;
     const int nError = errno;
+    if (pszFormat == nullptr)
+        pszFormat = "";
     {
         const std::lock_guard<std::mutex> oLock(oMutex);
         va_list pArguments;
         va_start(pArguments, pszFormat);
-        errno = nError;
-        const std::size_t nLength = Format(pszFormat != nullptr ? pszFormat : "", pArguments);
+        const int nLength = std::vsnprintf(acText, sizeof acText, pszFormat, pArguments);
         va_end(pArguments);
-        WriteText(eLevel, acText, nLength);
+        WriteText(eLevel, acText, MessageLength(nLength, pszFormat));
     }
     errno = nError;
 }

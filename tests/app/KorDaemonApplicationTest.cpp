@@ -380,7 +380,10 @@ TEST(KorDaemonApplication, AHangUpSignalReloadsOnTheMainThread)
 
 TEST(KorDaemonApplication, AStormOfHangUpSignalsDoesNotHideTheEnd)
 {
-    ChildProcess oChild(&RunDaemon<>);
+    ChildProcess oChild([] {
+        signal(SIGHUP, SIG_IGN); // in force again when the daemon is destroyed
+        return RunDaemon();
+    });
     ASSERT_TRUE(oChild.WaitForOutput("running "));
     const pid_t nProcess = oChild.Id();
     std::atomic<bool> bEnd(false);

@@ -225,10 +225,13 @@ TEST_F(KorLogFile, ANewFileThatCannotBeOpenedGoesOnInTheSame)
     ChildProcess oChild([this] {
         if (!m_oLog.UseFile(Name().c_str(), 2 * LINE, 3))
             return 1;
-        const rlimit oLimit = {3, 3};
+        rlimit oFormer = {};
+        getrlimit(RLIMIT_NOFILE, &oFormer);
+        const rlimit oLimit = {3, oFormer.rlim_max};
         setrlimit(RLIMIT_NOFILE, &oLimit);
         for (int i = 1; i <= 5; ++i)
             WriteTen(m_oLog, i);
+        setrlimit(RLIMIT_NOFILE, &oFormer); // a sanitizer opens files at the end
         return 42;
     });
     EXPECT_EQ(42, oChild.Wait().nExitStatus);
