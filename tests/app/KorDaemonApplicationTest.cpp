@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
 #include <functional>
@@ -180,7 +181,7 @@ TEST(KorDaemonApplication, ASystemCallThatASignalInterruptsGoesOn)
             EXPECT_EQ(0, pipe(anPipe));
             std::thread oWriter([this, &anPipe] {
                 while (!IsEndRequested())
-                    std::this_thread::yield();
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
                 EXPECT_EQ(1, write(anPipe[1], "x", 1));
             });
             Print("running ");
