@@ -4,8 +4,8 @@
 // Not installed.
 
 #include "config/KorIniGrammarDetail.h"
+#include "config/KorIniIndexDetail.h"
 #include "config/KorIniNamesDetail.h"
-#include "config/KorIniTableDetail.h"
 
 #include <algorithm>
 #include <memory>
@@ -84,30 +84,10 @@ public:
     std::vector<std::string> Options(std::string_view strSection);
 
 private:
-    struct SSection
-    {
-        TLine* m_pFirst;
-        size_t m_nFirst;      ///< its place in the list
-        uint32_t m_nHash;     ///< of the name
-        size_t m_nNewest = 0; ///< 1 + its last line in m_vecWaiting; 0 for none
-    };
-    struct SSectionSlot
-    {
-        bool IsFree() const { return m_nSection == 0; }
-        uint32_t m_nHash = 0;
-        uint32_t m_nSection = 0; ///< 1 + its place in m_vecSections
-    };
-    struct SOptionSlot
-    {
-        bool IsFree() const { return m_pLine == nullptr; }
-        uint32_t m_nHash = 0;
-        uint32_t m_nSection = 0;
-        TLine* m_pLine = nullptr;
-    };
     struct SWaiting
     {
         std::unique_ptr<TLine> m_pLine;
-        size_t m_nOlder; ///< as SSection::m_nNewest
+        size_t m_nOlder; ///< 1 + the next one in m_vecWaiting; 0 for none
     };
 
     SPlaced PlaceName(TLine& oLine);
@@ -118,26 +98,15 @@ private:
 
     void BuildIndex();
     void DropIndex();
-    void AddToIndex(TLine* pLine, size_t nPlace);
-    void AddOptionToIndex(TLine* pLine, uint32_t nSection);
-    uint32_t SectionOf(std::string_view strSection);
-    TLine* FindOption(uint32_t nSection, std::string_view strOption) const;
-    TLine* FindIndexed(const SKorIniName& oName);
-
-    static constexpr unsigned int SEARCHES = 10;
 
     Lines& m_apLines;
     CKorIniNameRule m_oRule = CKorIniNameRule(false);
     bool m_bShared = false;
     bool m_bHandedOut = false;
-    bool m_bIndexed = false;
-    unsigned int m_nSearches = 0;        ///< without an index
-    std::vector<SSection> m_vecSections; ///< in the order of their first lines
-    CKorIniTable<SSectionSlot> m_oSections;
-    CKorIniTable<SOptionSlot> m_oOptions;
+    unsigned int m_nSearches = 0; ///< without an index
+    CKorIniIndex<TLine> m_oIndex;
     std::vector<SWaiting> m_vecWaiting;
-    uint32_t m_nLatest = 0; ///< the section found last, as SSectionSlot::m_nSection
-    const TLine* m_pLastOfASection = nullptr;
+    const TLine* m_pLastOfASection = nullptr; ///< when there is an index
 };
 
 template <class TLine>
@@ -150,7 +119,7 @@ template <class TLine>
 void CKorIniDocument<TLine>::Use(CKorIniNameRule oRule, bool bShared)
 {
     m_bShared = bShared || m_bHandedOut;
-    if (m_bShared || !m_bIndexed || !(oRule == m_oRule))
+    if (m_bShared || !m_oIndex.IsComplete() || !(oRule == m_oRule))
         DropIndex();
     m_oRule = oRule;
 }
@@ -180,25 +149,31 @@ void CKorIniDocument<TLine>::Clear(CKorIniNameRule oRule)
 {
     m_vecWaiting.clear();
     DropIndex();
-    for (const TLine* pLine : m_apLines)
-        delete pLine;
-    m_apLines.clear();
+    while (!m_apLines.empty()) {
+        delete m_apLines.back();
+        m_apLines.pop_back();
+    }
     m_oRule = oRule;
     m_bShared = false;
     m_bHandedOut = false;
-    m_bIndexed = true;
+    m_oIndex.Start(oRule);
+    m_pLastOfASection = nullptr;
 }
 
 template <class TLine>
 typename CKorIniDocument<TLine>::SPlaced
 CKorIniDocument<TLine>::Place(std::string_view strText, std::string& strCurrentSection)
 {
-    std::unique_ptr<TLine> pLine = KorIniMakeLine<TLine>(strText, strCurrentSection);
-    if (pLine == nullptr)
+    const SKorIniParts oParts = KorIniParse(strText);
+    if (oParts.m_eKind == EKorIniLine::BLANK)
         return {};
-    pLine->m_strSection = strCurrentSection;
+    const bool bHeader = oParts.m_eKind == EKorIniLine::HEADER;
+    std::unique_ptr<TLine> pLine =
+        KorIniMakeLine<TLine>(oParts, bHeader ? oParts.m_strName : strCurrentSection);
+    if (bHeader)
+        strCurrentSection = pLine->m_strSection;
     SPlaced oPlaced{PLACE_END, pLine.get(), nullptr};
-    if (pLine->m_bSection || !pLine->m_strOption.empty())
+    if (oParts.m_eKind != EKorIniLine::OTHER)
         oPlaced = PlaceName(*pLine);
     Append(std::move(pLine));
     return oPlaced;
@@ -221,20 +196,19 @@ typename CKorIniDocument<TLine>::SPlaced CKorIniDocument<TLine>::PlaceName(TLine
             InsertBehindFirst(std::move(pMoved));
         }
     }
-    if (oPlaced.m_ePlace != PLACE_END) {
+    if (oPlaced.m_ePlace != PLACE_END)
         KorIniCommentOut(oLine, strAbove);
-    }
     return oPlaced;
 }
 
 template <class TLine>
 TLine* CKorIniDocument<TLine>::Find(const SKorIniName& oName)
 {
-    // An index costs what ten searches cost.
-    if (!m_bIndexed && !m_bShared && ++m_nSearches > SEARCHES)
+    constexpr unsigned int SEARCHES = 10; // cost what an index costs
+    if (!m_oIndex.IsComplete() && !m_bShared && ++m_nSearches > SEARCHES)
         BuildIndex();
-    if (m_bIndexed)
-        return FindIndexed(oName);
+    if (m_oIndex.IsComplete())
+        return m_oIndex.Find(oName);
     const auto itLine = Search(oName);
     return itLine != m_apLines.end() ? *itLine : nullptr;
 }
@@ -300,18 +274,17 @@ const typename CKorIniDocument<TLine>::Lines& CKorIniDocument<TLine>::Settled()
         return m_apLines;
     Lines apSettled;
     apSettled.reserve(m_apLines.size() + m_vecWaiting.size());
-    auto itFrom = m_apLines.begin();
-    for (SSection& oSection : m_vecSections) {
-        const auto itBehind =
-            m_apLines.begin() + static_cast<std::ptrdiff_t>(oSection.m_nFirst) + 1;
-        apSettled.insert(apSettled.end(), itFrom, itBehind);
-        itFrom = itBehind;
+    auto itFrom = m_apLines.cbegin();
+    for (auto& oSection : m_oIndex.Sections()) {
+        const auto nBehind = static_cast<std::ptrdiff_t>(oSection.m_nFirst) + 1;
+        apSettled.insert(apSettled.end(), itFrom, m_apLines.cbegin() + nBehind);
+        itFrom = m_apLines.cbegin() + nBehind;
         oSection.m_nFirst = apSettled.size() - 1;
         for (size_t n = oSection.m_nNewest; n != 0; n = m_vecWaiting[n - 1].m_nOlder)
             apSettled.push_back(m_vecWaiting[n - 1].m_pLine.release());
         oSection.m_nNewest = 0;
     }
-    apSettled.insert(apSettled.end(), itFrom, m_apLines.end());
+    apSettled.insert(apSettled.end(), itFrom, m_apLines.cend());
     m_apLines.swap(apSettled);
     m_vecWaiting.clear();
     return m_apLines;
@@ -321,7 +294,7 @@ const typename CKorIniDocument<TLine>::Lines& CKorIniDocument<TLine>::Settled()
 template <class TLine>
 const TLine* CKorIniDocument<TLine>::LastOfASection() const
 {
-    if (m_bIndexed)
+    if (m_oIndex.IsComplete())
         return m_pLastOfASection;
     const auto itLine = std::find_if(m_apLines.rbegin(), m_apLines.rend(), [](const auto* pLine) {
         return !pLine->m_strSection.empty();
@@ -334,22 +307,24 @@ void CKorIniDocument<TLine>::Append(std::unique_ptr<TLine> pLine)
 {
     m_apLines.push_back(pLine.get());
     pLine.release();
-    if (m_bIndexed)
-        AddToIndex(m_apLines.back(), m_apLines.size() - 1);
+    if (!m_oIndex.IsComplete())
+        return;
+    if (!m_apLines.back()->m_strSection.empty())
+        m_pLastOfASection = m_apLines.back();
+    m_oIndex.Append(m_apLines.back(), m_apLines.size() - 1);
 }
 
 /// Inserts behind the first line of the line's section, which exists.
 template <class TLine>
 void CKorIniDocument<TLine>::InsertBehindFirst(std::unique_ptr<TLine> pLine)
 {
-    if (!m_bIndexed) {
+    if (!m_oIndex.IsComplete()) {
         const auto itFirst = Search({pLine->m_strSection, {}});
         const auto itLine = m_apLines.insert(itFirst + 1, nullptr);
         *itLine = pLine.release();
         return;
     }
-    const uint32_t nSection = SectionOf(pLine->m_strSection);
-    SSection& oSection = m_vecSections[nSection - 1];
+    auto& oSection = *m_oIndex.Section(pLine->m_strSection);
     // So no line that waits is the last one.
     if (oSection.m_nFirst + 1 == m_apLines.size()) {
         Append(std::move(pLine));
@@ -357,95 +332,22 @@ void CKorIniDocument<TLine>::InsertBehindFirst(std::unique_ptr<TLine> pLine)
     }
     m_vecWaiting.push_back({std::move(pLine), oSection.m_nNewest});
     oSection.m_nNewest = m_vecWaiting.size();
-    AddOptionToIndex(m_vecWaiting.back().m_pLine.get(), nSection);
+    m_oIndex.AddOption(m_vecWaiting.back().m_pLine.get());
 }
 
 template <class TLine>
 void CKorIniDocument<TLine>::BuildIndex()
 {
-    DropIndex();
-    m_bIndexed = true;
+    m_pLastOfASection = LastOfASection();
+    m_oIndex.Start(m_oRule);
     for (size_t i = 0; i < m_apLines.size(); ++i)
-        AddToIndex(m_apLines[i], i);
+        m_oIndex.Append(m_apLines[i], i);
 }
 
 template <class TLine>
 void CKorIniDocument<TLine>::DropIndex()
 {
     Settled();
-    m_bIndexed = false;
+    m_oIndex.Drop();
     m_nSearches = 0;
-    m_vecSections.clear();
-    m_oSections.Clear();
-    m_oOptions.Clear();
-    m_nLatest = 0;
-    m_pLastOfASection = nullptr;
-}
-
-template <class TLine>
-void CKorIniDocument<TLine>::AddToIndex(TLine* pLine, size_t nPlace)
-{
-    // Memory may run out before the index is complete again.
-    m_bIndexed = false;
-    uint32_t nSection = SectionOf(pLine->m_strSection);
-    if (nSection == 0) {
-        const uint32_t nHash = m_oRule.Hash(pLine->m_strSection, 0);
-        m_vecSections.push_back({pLine, nPlace, nHash});
-        nSection = m_nLatest = static_cast<uint32_t>(m_vecSections.size());
-        m_oSections.Insert({nHash, nSection});
-    }
-    if (!pLine->m_strSection.empty())
-        m_pLastOfASection = pLine;
-    AddOptionToIndex(pLine, nSection);
-}
-
-template <class TLine>
-void CKorIniDocument<TLine>::AddOptionToIndex(TLine* pLine, uint32_t nSection)
-{
-    m_bIndexed = false;
-    if (!pLine->m_strOption.empty() && FindOption(nSection, pLine->m_strOption) == nullptr) {
-        const uint32_t nHash =
-            m_oRule.Hash(pLine->m_strOption, m_vecSections[nSection - 1].m_nHash);
-        m_oOptions.Insert({nHash, nSection, pLine});
-    }
-    m_bIndexed = true;
-}
-
-/// As SSectionSlot::m_nSection; 0 when there is no line of the section.
-template <class TLine>
-uint32_t CKorIniDocument<TLine>::SectionOf(std::string_view strSection)
-{
-    if (m_nLatest != 0 && m_vecSections[m_nLatest - 1].m_pFirst->m_strSection == strSection)
-        return m_nLatest;
-    const SSectionSlot* const pSlot =
-        m_oSections.Find(m_oRule.Hash(strSection, 0), [&](const SSectionSlot& oSlot) {
-            return m_oRule.Equal(m_vecSections[oSlot.m_nSection - 1].m_pFirst->m_strSection,
-                                 strSection);
-        });
-    if (pSlot == nullptr)
-        return 0;
-    m_nLatest = pSlot->m_nSection;
-    return m_nLatest;
-}
-
-template <class TLine>
-TLine* CKorIniDocument<TLine>::FindOption(uint32_t nSection, std::string_view strOption) const
-{
-    const SOptionSlot* const pSlot =
-        m_oOptions.Find(m_oRule.Hash(strOption, m_vecSections[nSection - 1].m_nHash),
-                        [&](const SOptionSlot& oSlot) {
-                            return oSlot.m_nSection == nSection &&
-                                   m_oRule.Equal(oSlot.m_pLine->m_strOption, strOption);
-                        });
-    return pSlot != nullptr ? pSlot->m_pLine : nullptr;
-}
-
-template <class TLine>
-TLine* CKorIniDocument<TLine>::FindIndexed(const SKorIniName& oName)
-{
-    const uint32_t nSection = SectionOf(oName.m_strSection);
-    if (nSection == 0)
-        return nullptr;
-    return oName.m_strOption.empty() ? m_vecSections[nSection - 1].m_pFirst
-                                     : FindOption(nSection, oName.m_strOption);
 }

@@ -51,13 +51,16 @@ void CKorIniFile::DoOptionExchange(CKorConfigExchange* pExchange)
 
 void CKorIniFile::DoOptionExchange(CKorIniOptionExchange*) {}
 
+// What the texts point to may change while the program exchanges its options.
 std::string CKorIniFile::ReadOption(const char* pszSection, const char* pszOption,
                                     const char* pszDefault)
 {
+    const std::string strSection(KorText(pszSection));
+    const std::string strOption(KorText(pszOption));
+    std::string strValue(KorText(pszDefault));
     CKorIniOptionExchange oExchange(this, false);
     DoOptionExchange(&oExchange);
-    std::string strValue(KorText(pszDefault));
-    oExchange.GetOptionString(pszSection, pszOption, strValue);
+    oExchange.GetOptionString(strSection.c_str(), strOption.c_str(), strValue);
     return strValue;
 }
 
@@ -78,7 +81,8 @@ void CKorIniFile::ReadAllSections(std::vector<std::string>& vecSections)
 void CKorIniFile::ReadAllSectionEntries(const char* pszSection,
                                         std::vector<std::string>& vecOptions)
 {
+    const std::string strSection(KorText(pszSection));
     CKorIniOptionExchange oExchange(this, false);
     DoOptionExchange(&oExchange);
-    oExchange.GetOptions(pszSection, vecOptions);
+    oExchange.GetOptions(strSection.c_str(), vecOptions);
 }

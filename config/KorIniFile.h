@@ -29,10 +29,16 @@ class CKorIniOptionExchange;
 ///
 /// The object holds no content of the file: each operation reads the file anew. Every operation,
 /// also one for a single option, runs the program's whole exchange in the same direction: a
-/// ReadOption() refreshes all of the program's variables, a WriteOption() stores all of them.
+/// ReadOption() refreshes all of the program's variables, a WriteOption() stores all of them. For
+/// the same reason UpdateOptions(), ReadOption(), WriteOption(), ReadAllSections() and
+/// ReadAllSectionEntries() must not be called inside DoOptionExchange(): each of them calls it
+/// again, without end. What is needed there, the exchange gives: GetOptionString() and the like.
 ///
-/// No operation reports an error. A file that is missing or cannot be read is empty, one that
-/// cannot be written stays as it was. A null text reads as the empty text.
+/// No operation reports an error. A file that cannot be opened reads as empty; where reading
+/// fails, the document ends, and it is not written then. Writing empties the file first and fills
+/// it line by line: one that cannot be opened for writing stays as it was, but a full disk, a size
+/// limit or the end of the process on the way leaves a shortened or an empty one, and so does a
+/// second writer or a reader at the same time find it. A null text reads as the empty text.
 class TARVO_EXT_API CKorIniFile : public CKorConfigBase
 {
 public:
@@ -86,7 +92,8 @@ public:
     /// Exchanges the program's options. Does nothing here.
     virtual void DoOptionExchange(CKorIniOptionExchange* pExchange);
 
-    /// Reads all options of the program, then one more.
+    /// Reads all options of the program, then one more. The texts may be variables of the program:
+    /// what they are when it is called counts.
     /// @param pszSection  the option's section
     /// @param pszOption   the option's name
     /// @param pszDefault  the result when there is no such option

@@ -42,24 +42,16 @@ SKorIniParts KorIniPartsOf(const TLine& oLine)
     return {EKorIniLine::OTHER, {}, {}, oLine.m_strComment};
 }
 
-/// The record of a line, still without its section; null for a blank line.
-/// @param strCurrentSection  receives the name of the section when the line is a header
+/// The record of a line that is not blank. The comment of a header gains a blank.
 template <class TLine>
-std::unique_ptr<TLine> KorIniMakeLine(std::string_view strText, std::string& strCurrentSection)
+std::unique_ptr<TLine> KorIniMakeLine(const SKorIniParts& oParts, std::string_view strSection)
 {
-    const SKorIniParts oParts = KorIniParse(strText);
-    if (oParts.m_eKind == EKorIniLine::BLANK)
-        return nullptr;
-    auto pLine = std::make_unique<TLine>();
-    pLine->m_strComment = oParts.m_strComment;
-    if (oParts.m_eKind == EKorIniLine::HEADER) {
+    const bool bHeader = oParts.m_eKind == EKorIniLine::HEADER;
+    std::unique_ptr<TLine> pLine(new TLine{
+        std::string(strSection), std::string(bHeader ? std::string_view() : oParts.m_strName),
+        std::string(oParts.m_strValue), std::string(oParts.m_strComment), bHeader});
+    if (bHeader)
         pLine->m_strComment += ' ';
-        pLine->m_bSection = true;
-        strCurrentSection = oParts.m_strName;
-    } else if (oParts.m_eKind == EKorIniLine::OPTION) {
-        pLine->m_strOption = oParts.m_strName;
-        pLine->m_strValue = oParts.m_strValue;
-    }
     return pLine;
 }
 

@@ -27,10 +27,12 @@ public:
 
     bool Equal(std::string_view strLeft, std::string_view strRight) const;
 
-    /// @param nSeed  makes equal names under different seeds differ
+    /// @param nSeed  the hash of the section for an option, 0 for a section
     uint32_t Hash(std::string_view strName, uint32_t nSeed) const;
 
 private:
+    uint64_t Folded(uint64_t nWord) const;
+
     bool m_bCaseSensitiv;
 };
 

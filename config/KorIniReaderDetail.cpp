@@ -37,7 +37,7 @@ bool CKorIniReader::Next(std::string_view& rstrLine)
 /// Adds to what was not given yet. False at the end of the file.
 bool CKorIniReader::ReadMore()
 {
-    constexpr size_t LEAST = 16384;
+    constexpr size_t LEAST = 8192;
     if (m_hFile == -1 || m_bFailed)
         return false;
     std::memmove(m_strBuffer.data(), m_strBuffer.data() + m_nBegin, m_nEnd - m_nBegin);

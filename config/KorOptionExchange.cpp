@@ -128,7 +128,13 @@ void CKorIniOptionExchange::RemoveOption(const char* pszSection, const char* psz
 CKorIniOptionExchange::SOptionLine*
 CKorIniOptionExchange::CreateOptionLine(const std::string& strLine, std::string& strCurrentSection)
 {
-    return KorIniMakeLine<SOptionLine>(strLine, strCurrentSection).release();
+    const SKorIniParts oParts = KorIniParse(strLine);
+    if (oParts.m_eKind == EKorIniLine::BLANK)
+        return nullptr;
+    std::unique_ptr<SOptionLine> pLine = KorIniMakeLine<SOptionLine>(oParts, {});
+    if (pLine->m_bSection)
+        strCurrentSection = oParts.m_strName;
+    return pLine.release();
 }
 
 void CKorIniOptionExchange::AddOptionLine(const std::string& strLine,

@@ -18,8 +18,14 @@ class CKorIniWatch;
 ///
 /// Construction reads the whole file; destruction writes it back when the exchange was made for
 /// writing and an option was set. Comments and lines that mean nothing to the reader are kept
-/// through a rewrite, duplicates are commented out, and no line is ever reported as an error: a
-/// file that cannot be read is an empty document, a file that cannot be written stays as it was.
+/// through a rewrite, duplicates are commented out, and no line is ever reported as an error. A file
+/// that cannot be opened is an empty document. Where reading fails, the document ends, and it is
+/// not written then. A file that cannot be opened for writing stays as it was; when writing fails
+/// later, it is left shortened.
+///
+/// Looking up or setting an option takes the same time in a document of any size, as long as
+/// nobody but this class can have changed the lines: neither a derived class nor who called
+/// FindOption(). Otherwise it looks at line after line.
 ///
 /// Section and option names compare as the file source says at the time
 /// (CKorIniFile::IsCaseSensitiv()): byte for byte, or without regard to the case of ASCII
@@ -62,9 +68,12 @@ public:
     /// Replaces the content of the file by the document and marks it unmodified, whether or not
     /// the file could be written. Every line, and an empty one before each header, is flushed on
     /// its own. The file is truncated first: a failure on the way leaves a shortened file.
+    /// Nothing is written when reading failed behind the opening of the file, since the document
+    /// holds only a part of it.
     void WriteIniOptions();
 
-    /// Searches a line from the start of the document.
+    /// Searches a line from the start of the document. The line may be changed; a look-up by name
+    /// takes time linear in the number of lines from then on, until the file is read again.
     /// @param pszSection  the line's section
     /// @param pszOption   the option's name; null or empty finds the first line of the section,
     ///                    of any kind, which normally is its header

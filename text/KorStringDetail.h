@@ -2,7 +2,6 @@
 
 // Byte strings with a length, so that a NUL byte is a byte like any other. Not installed.
 
-#include <algorithm>
 #include <string_view>
 
 /// What `isspace` reports in the "C" locale.
@@ -14,14 +13,24 @@ inline std::string_view KorText(const char* pszText)
     return pszText != nullptr ? std::string_view(pszText) : std::string_view();
 }
 
+/// As KOR_WHITE_SPACE.
+constexpr bool KorIsWhiteSpace(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 /// The text without trailing white space.
 inline std::string_view KorRTrim(std::string_view strText)
 {
-    return strText.substr(0, strText.find_last_not_of(KOR_WHITE_SPACE) + 1);
+    while (!strText.empty() && KorIsWhiteSpace(strText.back()))
+        strText.remove_suffix(1);
+    return strText;
 }
 
 /// The text without leading white space.
 inline std::string_view KorLTrim(std::string_view strText)
 {
-    return strText.substr(std::min(strText.find_first_not_of(KOR_WHITE_SPACE), strText.size()));
+    while (!strText.empty() && KorIsWhiteSpace(strText.front()))
+        strText.remove_prefix(1);
+    return strText;
 }

@@ -123,6 +123,19 @@ TEST_F(KorIniFile, AMissingOptionReadsAsItsDefault)
     EXPECT_EQ("", m_oFile.ReadOption("S", "a", nullptr));
 }
 
+TEST_F(KorIniFile, TextsThatTheProgramsExchangeChangesCountAsTheyWere)
+{
+    WriteFile(m_strFile, "[me]\nme=1\n[S]\nname = " + std::string(100, 'x') + "\n");
+    const char* pszName = m_oOptions.m_strName.c_str();
+    EXPECT_EQ("1", m_oOptions.ReadOption(pszName, pszName, ""));
+    m_oOptions.m_strName = "default";
+    EXPECT_EQ("default", m_oOptions.ReadOption("S", "none", m_oOptions.m_strName.c_str()));
+    m_oOptions.m_strName = "me";
+    Texts vecNames;
+    m_oOptions.ReadAllSectionEntries(m_oOptions.m_strName.c_str(), vecNames);
+    EXPECT_EQ(Texts{"me"}, vecNames);
+}
+
 TEST_F(KorIniFile, AnOptionIsReadWithItsQuotes)
 {
     WriteFile(m_strFile, "[S]\na = \"two words\"\nb=\n");
