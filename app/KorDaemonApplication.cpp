@@ -3,6 +3,7 @@
 #include "app/KorServiceNotify.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <string>
@@ -15,6 +16,7 @@ namespace
 {
 
 constexpr std::uint32_t PATIENCE_MS = 5000;
+constexpr int WRONG_USAGE = 2;
 
 /// The monotonic clock modulo 2^32, never 0.
 std::uint32_t Now()
@@ -61,6 +63,9 @@ CKorDaemonApplication::~CKorDaemonApplication()
 int CKorDaemonApplication::Start(int argc, char** argv)
 {
     TakeProgramName(argc, argv);
+    const CKorOptionParser::EResult eResult = TakeOptions(argc, argv);
+    if (eResult != CKorOptionParser::PARSE_OK)
+        return eResult == CKorOptionParser::PARSE_DONE ? EXIT_SUCCESS : WRONG_USAGE;
     ParseCommandLine();
     if (Initialize()) {
         m_oLoop.Post([this] { TellReady(); });
@@ -84,6 +89,20 @@ void CKorDaemonApplication::TakeProgramName(int argc, char** argv)
     vecArguments[0] = strProgram.data();
     InitializeClass(argc, vecArguments.data());
     m_oCmdLine.Initialize(argc, argv);
+}
+
+/// Reads what the program declares, and prints what the parser has to say.
+CKorOptionParser::EResult CKorDaemonApplication::TakeOptions(int argc, char** argv)
+{
+    CKorOptionParser oParser(m_oInfo);
+    DeclareOptions(oParser);
+    if (oParser.IsEmpty())
+        return CKorOptionParser::PARSE_OK;
+    const CKorOptionParser::EResult eResult = oParser.Parse(argc, argv);
+    if (eResult != CKorOptionParser::PARSE_OK)
+        std::fputs(oParser.GetText().c_str(),
+                   eResult == CKorOptionParser::PARSE_DONE ? stdout : stderr);
+    return eResult;
 }
 
 void CKorDaemonApplication::Run()
@@ -126,6 +145,8 @@ void CKorDaemonApplication::RequestEnd(int nExitStatus)
 }
 
 void CKorDaemonApplication::ReloadInd() {}
+
+void CKorDaemonApplication::DeclareOptions(CKorOptionParser&) {}
 
 // In a copy of the process, and above all in a child of vfork(), whose memory is the program's, a
 // signal is not the program's.

@@ -6,6 +6,7 @@
 #include "KorExport.h"
 #include "app/KorConApplication.h"
 #include "app/KorFormerSignals.h"
+#include "app/KorOptionParser.h"
 #include "event/KorEventLoop.h"
 
 #include <atomic>
@@ -61,9 +62,13 @@ public:
     /// Runs the program as CKorBaseApplication::Start() does, with an exit status as described
     /// above. The program file needs no extension: the title of `/usr/bin/gateway` is "gateway".
     /// Call it on the object itself, not through a base class.
+    ///
+    /// What DeclareOptions() declares is read first, before ParseCommandLine(). `--help` and
+    /// `--version` are answered on the standard output, with the result 0, and wrong usage on the
+    /// standard error, with the result 2; Initialize() and Finalize() are not called then.
     /// @param argc  number of entries of @p argv
     /// @param argv  the arguments, the program file first; null leaves the names as they are
-    /// @return the value of Finalize()
+    /// @return the value of Finalize(), or as above
     /// @throws what the program's own steps throw; Finalize() is then not called
     int Start(int argc, char** argv);
 
@@ -96,6 +101,11 @@ public:
     /// may be told once. Does nothing here.
     virtual void ReloadInd();
 
+    /// Declares the options and arguments of the program. Where it declares nothing, as here, the
+    /// command line is left to DoCmdLineExchange().
+    /// @param rParser  takes them; their variables must outlive the call of Start()
+    virtual void DeclareOptions(CKorOptionParser& rParser);
+
     /// Goes to the background, for init systems that wait for the program that they started to
     /// leave. That one leaves with status 0, without exit handlers and Finalize(). The one that
     /// stays is no session leader, has no terminal and `/dev/null` on the handles 0 to 2, has the
@@ -119,6 +129,7 @@ protected:
 private:
     TARVO_EXT_LOCAL static void EndSignalHandler(int nSignal);
     TARVO_EXT_LOCAL void TakeProgramName(int argc, char** argv);
+    TARVO_EXT_LOCAL CKorOptionParser::EResult TakeOptions(int argc, char** argv);
     TARVO_EXT_LOCAL void AskForEnd();
     TARVO_EXT_LOCAL void CountEndSignal(int nSignal);
     TARVO_EXT_LOCAL void TellReady();

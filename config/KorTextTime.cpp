@@ -1,6 +1,6 @@
 #include "config/KorTextValue.h"
-#include "time/KorIsoTime.h"
 #include "time/KorInstantDetail.h"
+#include "time/KorIsoTime.h"
 #include "time/KorTimeTicksDetail.h"
 #include "time/KorUnixTime.h"
 
@@ -17,8 +17,8 @@ struct SUnit
 };
 
 constexpr SUnit UNITS[] = {
-    {"d", KorTicks::PER_DAY},    {"h", KorTicks::PER_HOUR},
-    {"min", KorTicks::PER_MINUTE}, {"s", KorTicks::PER_SECOND},
+    {"d", KorTicks::PER_DAY},          {"h", KorTicks::PER_HOUR},
+    {"min", KorTicks::PER_MINUTE},     {"s", KorTicks::PER_SECOND},
     {"ms", KorTicks::PER_MILLISECOND}, {"us", KorTicks::PER_MICROSECOND},
 };
 
@@ -103,7 +103,8 @@ bool ReadClock(std::string_view strText, std::uint64_t& rnTicks)
     std::string_view strFraction;
     return TakeSixty(strText, strMinutes) && TakeSixty(strText, strSeconds) &&
            TakeFraction(strText, strFraction) && strText.empty() &&
-           Add(rnTicks, strHours, KorTicks::PER_HOUR) && Add(rnTicks, strMinutes, KorTicks::PER_MINUTE) &&
+           Add(rnTicks, strHours, KorTicks::PER_HOUR) &&
+           Add(rnTicks, strMinutes, KorTicks::PER_MINUTE) &&
            Add(rnTicks, strSeconds, KorTicks::PER_SECOND) &&
            AddFraction(rnTicks, strFraction, KorTicks::PER_SECOND);
 }

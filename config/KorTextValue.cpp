@@ -182,7 +182,7 @@ std::string KorJoinList(const std::vector<std::string>& vecItems)
         strText.append(i == 0 ? "" : ",").append(vecItems[i]);
     // The only way to be sure, whatever the items hold.
     const std::vector<std::string_view> vecRead = KorSplitList(strText);
-    const bool bReadsBack = std::equal(vecRead.begin(), vecRead.end(), vecItems.begin(),
-                                       vecItems.end());
+    const bool bReadsBack =
+        std::equal(vecRead.begin(), vecRead.end(), vecItems.begin(), vecItems.end());
     return bReadsBack ? strText : "";
 }

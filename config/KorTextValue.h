@@ -150,11 +150,11 @@ std::string KorWriteText(const T& value)
 TARVO_EXT_API std::string KorWriteText(const std::string& strValue);
 
 /// One of `bool`, `char`, `float`, `double`, CKorTimeDiff and CKorUTCTime, see KorSimpleText.
-template <typename T, std::enable_if_t<std::is_same_v<T, bool> || std::is_same_v<T, char> ||
-                                           std::is_same_v<T, float> || std::is_same_v<T, double> ||
-                                           std::is_same_v<T, CKorTimeDiff> ||
-                                           std::is_base_of_v<CKorUTCTime, T>,
-                                       int> = 0>
+template <typename T,
+          std::enable_if_t<std::is_same_v<T, bool> || std::is_same_v<T, char> ||
+                               std::is_same_v<T, float> || std::is_same_v<T, double> ||
+                               std::is_same_v<T, CKorTimeDiff> || std::is_base_of_v<CKorUTCTime, T>,
+                           int> = 0>
 std::string KorWriteText(const T& value)
 {
     return KorSimpleText::Of(value);

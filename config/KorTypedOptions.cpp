@@ -83,24 +83,22 @@ bool CKorTypedOption::Store(const std::string& strText)
 bool CKorTypedOption::RefuseStored(const SKorRefusal& oRefusal, const std::string& strDefault) const
 {
     const std::string strUsed = strDefault.empty() ? "the default" : strDefault;
-    KorReportIniFinding(
-        m_pExchange,
-        {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
-                           : SKorIniFinding::FINDING_BAD_VALUE,
-         0, m_strSection, m_strOption,
-         Printable(KorIniLabel({m_strSection, m_strOption}) + "=" + m_strText + " " +
-                   oRefusal.m_strWhy + "; " + strUsed + " is used")});
+    KorReportIniFinding(m_pExchange,
+                        {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
+                                           : SKorIniFinding::FINDING_BAD_VALUE,
+                         0, m_strSection, m_strOption,
+                         Printable(KorIniLabel({m_strSection, m_strOption}) + "=" + m_strText +
+                                   " " + oRefusal.m_strWhy + "; " + strUsed + " is used")});
     return false;
 }
 
 bool CKorTypedOption::RefuseNew(const SKorRefusal& oRefusal) const
 {
-    KorReportIniFinding(m_pExchange,
-                        {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
-                                           : SKorIniFinding::FINDING_NOT_STORABLE,
-                         0, m_strSection, m_strOption,
-                         Printable(KorIniLabel({m_strSection, m_strOption}) +
-                                   " is not stored: the value " + oRefusal.m_strWhy)});
+    KorReportIniFinding(m_pExchange, {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
+                                                        : SKorIniFinding::FINDING_NOT_STORABLE,
+                                      0, m_strSection, m_strOption,
+                                      Printable(KorIniLabel({m_strSection, m_strOption}) +
+                                                " is not stored: the value " + oRefusal.m_strWhy)});
     return false;
 }
 
@@ -110,8 +108,7 @@ bool KorExchangeName(CKorIniOptionExchange* pExchange, const char* pszSection,
 {
     CKorTypedOption oOption(pExchange, pszSection, pszOption);
     const size_t nNone = vecNames.size();
-    const size_t nStored =
-        oOption.IsStored() ? IndexOfName(vecNames, oOption.GetText()) : nNone;
+    const size_t nStored = oOption.IsStored() ? IndexOfName(vecNames, oOption.GetText()) : nNone;
     if (pExchange->IsWriteBack()) {
         if (rnName >= nNone)
             return oOption.RefuseNew({false, NoneOf(vecNames)});

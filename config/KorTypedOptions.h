@@ -85,8 +85,9 @@ struct SKorValueName
 /// @param nDefault  index of the default; the number of names when it has none
 /// @param rnName    index of the variable's value; the number of names when it has none
 TARVO_EXT_API bool KorExchangeName(CKorIniOptionExchange* pExchange, const char* pszSection,
-                                   const char* pszOption, const std::vector<SKorValueName>& vecNames,
-                                   size_t nDefault, size_t& rnName);
+                                   const char* pszOption,
+                                   const std::vector<SKorValueName>& vecNames, size_t nDefault,
+                                   size_t& rnName);
 
 /// What is said of a text that is no value of a type. A program may specialise it for its own types.
 template <typename T>
@@ -213,7 +214,8 @@ bool IOX_Range(CKorIniOptionExchange* pExchange, const char* pszSection, const c
     const auto fnTest = [&minimum, &maximum](const T& value) {
         SKorRefusal oRefusal;
         if (!(minimum <= value && value <= maximum))
-            oRefusal = {true, "is not in " + KorWriteText(minimum) + " to " + KorWriteText(maximum)};
+            oRefusal = {true,
+                        "is not in " + KorWriteText(minimum) + " to " + KorWriteText(maximum)};
         return oRefusal;
     };
     return KorExchangeOption(pExchange, pszSection, pszOption, rValue, defaultValue, fnTest);
@@ -243,8 +245,8 @@ bool IOX_Enum(CKorIniOptionExchange* pExchange, const char* pszSection, const ch
     for (const std::pair<const char*, E>& oName : aoNames)
         vecNames.push_back({oName.first != nullptr ? oName.first : "", fnIndexOf(oName.second)});
     size_t nName = fnIndexOf(reValue);
-    const bool bDone = KorExchangeName(pExchange, pszSection, pszOption, vecNames,
-                                       fnIndexOf(eDefault), nName);
+    const bool bDone =
+        KorExchangeName(pExchange, pszSection, pszOption, vecNames, fnIndexOf(eDefault), nName);
     if (!pExchange->IsWriteBack())
         reValue = nName < aoNames.size() ? aoNames.begin()[nName].second : eDefault;
     return bDone;

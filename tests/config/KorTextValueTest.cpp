@@ -127,8 +127,8 @@ TEST(KorTextValue, FloatingNumbersHaveTheShortestTextThatReadsBack)
     EXPECT_EQ("", KorWriteText(std::nanf("")));
     std::mt19937_64 oRandom(12);
     for (int i = 0; i < 2000; ++i) {
-        const double nValue = std::ldexp(static_cast<double>(oRandom()),
-                                         static_cast<int>(oRandom() % 2000) - 1060);
+        const double nValue =
+            std::ldexp(static_cast<double>(oRandom()), static_cast<int>(oRandom() % 2000) - 1060);
         EXPECT_EQ(nValue, Read(KorWriteText(nValue), -1.0));
     }
 }
@@ -192,9 +192,10 @@ TEST(KorTextValue, ASpanIsHoursMinutesAndSeconds)
 TEST(KorTextValue, AnythingElseIsNoSpan)
 {
     for (const char* pszText :
-         {"", "-", "5", "s", ".5s", "1.s", "1,5s", "1 s", " 1s", "1s ", "+1s", "--1s", "1S", "1m",
-          "1hour", "0x1s", "1.5.5s", "1:2:3", "1:02", "1:60:00", "1:00:60", ":00:00", "1:00:00s",
-          "1:00:00.", "1:00:00,5", "1:00:00 ", "1h30min", "1067519.9117d"})
+         {"",       "-",        "5",        "s",         ".5s",      "1.s",     "1,5s",
+          "1 s",    " 1s",      "1s ",      "+1s",       "--1s",     "1S",      "1m",
+          "1hour",  "0x1s",     "1.5.5s",   "1:2:3",     "1:02",     "1:60:00", "1:00:60",
+          ":00:00", "1:00:00s", "1:00:00.", "1:00:00,5", "1:00:00 ", "1h30min", "1067519.9117d"})
         EXPECT_FALSE(IsRead<CKorTimeDiff>(pszText)) << pszText;
 }
 

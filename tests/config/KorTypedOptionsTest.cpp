@@ -159,8 +159,7 @@ TEST_F(KorTypedOptions, EveryTypeSaysWhatItIsNot)
 TEST_F(KorTypedOptions, ANumberThatTheTypeCannotHoldIsOutOfRange)
 {
     unsigned char nValue = 7;
-    EXPECT_FALSE(ReadFrom("[Poll]\nInterval=256\n",
-                          Value(nValue, static_cast<unsigned char>(5))));
+    EXPECT_FALSE(ReadFrom("[Poll]\nInterval=256\n", Value(nValue, static_cast<unsigned char>(5))));
     EXPECT_EQ(5, nValue);
     EXPECT_EQ("[Poll] Interval=256 is not in 0 to 255; 5 is used", Finding());
     EXPECT_EQ(SKorIniFinding::FINDING_OUT_OF_RANGE, m_vecFindings.at(0).m_eKind);
@@ -230,7 +229,8 @@ TEST_F(KorTypedOptions, AValueWithoutATextIsNotStored)
     EXPECT_EQ(SKorIniFinding::FINDING_NOT_STORABLE, m_vecFindings.at(0).m_eKind);
     for (std::vector<std::string> vecValue : {std::vector<std::string>{"a,b"}, {""}, {"a ", "b"}}) {
         EXPECT_FALSE(WriteInto("", Value(vecValue, {})));
-        EXPECT_EQ("[Poll] Interval is not stored: the value has no text that reads back", Finding());
+        EXPECT_EQ("[Poll] Interval is not stored: the value has no text that reads back",
+                  Finding());
     }
     std::vector<std::string> vecEmpty;
     EXPECT_TRUE(WriteInto("", Value(vecEmpty, {"d"})));
@@ -241,16 +241,15 @@ TEST_F(KorTypedOptions, AValueWithoutATextIsNotStored)
 TEST_F(KorTypedOptions, ATextIsQuotedWhereItNeedsQuotesAndOnlyInTheFile)
 {
     const std::pair<const char*, const char*> STORED[] = {
-        {"plain", "plain"}, {"a b", "\"a b\""},       {" a", "\" a\""}, {"\t", "\"\t\""},
-        {"\"q\"", "\"\"q\"\""}, {"\"", "\""},         {"", ""},         {"\"\"", "\"\"\"\""},
-        {"a\"b", "a\"b"},   {"\"q", "\"q"},           {"a;b=c", "a;b=c"},
+        {"plain", "plain"},     {"a b", "\"a b\""}, {" a", "\" a\""},   {"\t", "\"\t\""},
+        {"\"q\"", "\"\"q\"\""}, {"\"", "\""},       {"", ""},           {"\"\"", "\"\"\"\""},
+        {"a\"b", "a\"b"},       {"\"q", "\"q"},     {"a;b=c", "a;b=c"},
     };
     for (const auto& [pszText, pszStored] : STORED) {
         std::string strValue = pszText;
         EXPECT_TRUE(WriteInto("", Value<std::string>(strValue, "d")));
         EXPECT_EQ(pszText, strValue);
-        EXPECT_NE(std::string::npos,
-                  Content().find(std::string("Interval=") + pszStored + "\n"))
+        EXPECT_NE(std::string::npos, Content().find(std::string("Interval=") + pszStored + "\n"))
             << Content();
         strValue = "other";
         EXPECT_TRUE(Exchange(false, Value<std::string>(strValue, "d")));
