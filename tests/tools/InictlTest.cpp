@@ -43,12 +43,31 @@ protected:
 
 TEST_F(Inictl, PrintsItsUsage)
 {
-    for (const char* pszHelp : {"-help", "--help"}) {
-        const ChildResult oResult = Run({pszHelp});
+    for (const Words& vecHelp :
+         {Words{"-h"}, Words{"--help"}, Words{"-help"}, Words{"-c", "-h"}, Words{"-h", "get"}}) {
+        const ChildResult oResult = Run(vecHelp);
         EXPECT_EQ(0, oResult.nExitStatus);
         EXPECT_EQ(0U, oResult.strOut.find("usage: inictl.bin"));
         EXPECT_EQ("", oResult.strErr);
     }
+}
+
+TEST_F(Inictl, PrintsItsVersion)
+{
+    const ChildResult oResult = Run({"--version"});
+    EXPECT_EQ(0, oResult.nExitStatus);
+    EXPECT_EQ("inictl " INICTL_VERSION "\n", oResult.strOut);
+    EXPECT_EQ("", oResult.strErr);
+}
+
+TEST_F(Inictl, TakesWhatStandsBehindTwoDashesAsWords)
+{
+    WriteFile(m_strFile, "[--]\na=1\n");
+    EXPECT_EQ("1\n", Run({"-c", "--", "get", "FILE", "--", "a"}).strOut);
+    EXPECT_EQ(1, Run({"-c", "--", "get", "FILE", "--", "A"}).nExitStatus);
+    ExpectError({"--", "-c", "sections", "FILE"}, "unknown command -c");
+    ExpectError({"--", "--"}, "unknown command --");
+    ExpectError({"--"}, "no command");
 }
 
 TEST_F(Inictl, RefusesWrongUsage)
@@ -228,6 +247,43 @@ TEST_F(Inictl, ChecksAMovedOptionWithAZeroByteInItsName)
                   "4: " + strOpened + "option " + strName + " moves there\n" + strLine +
                   "5: option " + strName + " is set in line 4: this line becomes a comment\n",
               oResult.strOut);
+}
+
+TEST_F(Inictl, TellsThatAnOptionMovesInARewrite)
+{
+    WriteFile(m_strFile, "[Wan]\nhost=a\n[Lan]\nport=1\n[Wan]\n# backup\nuser=joe\nhost=b\n");
+    const ChildResult oResult = Run({"check", "FILE"});
+    EXPECT_EQ(1, oResult.nExitStatus);
+    const std::string strLine = m_strFile + ":";
+    EXPECT_EQ(strLine + "5: section \"Wan\" was opened in line 1: this header becomes a comment\n" +
+                  strLine + "7: option \"user\" moves to section \"Lan\" in a rewrite\n" + strLine +
+                  "8: option \"host\" is set in line 2: this line becomes a comment\n",
+              oResult.strOut);
+    // What the remark says is what the library does.
+    EXPECT_EQ(0, Run({"set", "FILE", "Lan", "port", "2"}).nExitStatus);
+    EXPECT_EQ("joe\n", Run({"get", "FILE", "Lan", "user"}).strOut);
+}
+
+TEST_F(Inictl, ASectionThatIsOpenedAgainAtOnceMovesNothing)
+{
+    WriteFile(m_strFile, "[A]\nx=1\n[A]\n# c\ny=2\n");
+    EXPECT_EQ(m_strFile + ":3: section \"A\" was opened in line 1: this header becomes a comment\n",
+              Run({"check", "FILE"}).strOut);
+}
+
+TEST_F(Inictl, TellsOfAByteOrderMark)
+{
+    const std::string strMark = "1: a byte order mark stands before the line and is a part of it\n";
+    WriteFile(m_strFile, "\xEF\xBB\xBF[S]\na=1\n");
+    EXPECT_EQ(m_strFile + ":" + strMark + m_strFile + ":1: no option: kept as it is\n",
+              Run({"check", "FILE"}).strOut);
+    WriteFile(m_strFile, "\xEF\xBB\xBF"
+                         "a=1\n\xEF\xBB\xBF"
+                         "a=2\n");
+    EXPECT_EQ(m_strFile + ":" + strMark + m_strFile +
+                  ":2: option \"\xEF\xBB\xBF"
+                  "a\" is set in line 1: this line becomes a comment\n",
+              Run({"check", "FILE"}).strOut);
 }
 
 TEST_F(Inictl, ChecksALongFile)

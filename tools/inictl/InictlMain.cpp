@@ -30,7 +30,7 @@ constexpr char USAGE[] =
     "       inictl.bin [-c] sections FILE\n"
     "       inictl.bin [-c] options FILE SECTION\n"
     "       inictl.bin [-c] check FILE\n"
-    "       inictl.bin -help\n"
+    "       inictl.bin -h | --help | --version\n"
     "\n"
     "  get       prints the value of an option, without enclosing quotes\n"
     "  set       sets an option; creates file, section and option where they are missing\n"
@@ -39,6 +39,7 @@ constexpr char USAGE[] =
     "  options   lists the options of a section\n"
     "  check     tells, line by line, what becomes of odd lines when the file is read\n"
     "  -c        names that differ in case are different names\n"
+    "  --        ends the options\n"
     "\n"
     "The SECTION \"\" holds the lines before the first header.\n"
     "Exit status: 0 done, 1 no such section or option, or odd lines, 2 wrong usage or file "
@@ -69,17 +70,25 @@ public:
         std::string strWord;
         pExchange->GetParameter(nullptr, false, strWord);
         while (pExchange->GetParameter(nullptr, false, strWord)) {
-            if (m_vecWords.empty() && strWord == "-c")
-                m_bCaseSensitive = true;
-            else if (m_vecWords.empty() && (strWord == "-help" || strWord == "--help"))
-                m_bHelp = true;
-            else
+            if (m_bOptionsEnded || !m_vecWords.empty() || !TakeOption(strWord))
                 m_vecWords.push_back(strWord);
         }
     }
 
+    bool TakeOption(const std::string& strWord)
+    {
+        const bool bHelp = strWord == "-h" || strWord == "--help" || strWord == "-help";
+        m_bCaseSensitive |= strWord == "-c";
+        m_bHelp |= bHelp;
+        m_bVersion |= strWord == "--version";
+        m_bOptionsEnded = strWord == "--";
+        return strWord == "-c" || bHelp || strWord == "--version" || m_bOptionsEnded;
+    }
+
     bool m_bCaseSensitive = false;
     bool m_bHelp = false;
+    bool m_bVersion = false;
+    bool m_bOptionsEnded = false;
     Words m_vecWords;
 };
 
@@ -92,7 +101,7 @@ int Fail(const std::string& strReason, EExitStatus nStatus)
 
 int WrongUsage(const std::string& strReason)
 {
-    return Fail(strReason + "; see inictl.bin -help", STATUS_ERROR);
+    return Fail(strReason + "; see inictl.bin --help", STATUS_ERROR);
 }
 
 /// Tries to open the file and tells why it cannot be opened, which the library itself does not.
@@ -234,9 +243,10 @@ int Run(const CInictlCmdLine& oCmdLine)
     const SCommand* const pCommand =
         std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
                      [&](const SCommand& oCommand) { return strName == oCommand.pszName; });
-    if (pCommand == std::end(COMMANDS))
-        return WrongUsage(
-            (strName.compare(0, 1, "-") == 0 ? "unknown option " : "unknown command ") + strName);
+    if (pCommand == std::end(COMMANDS)) {
+        const bool bOption = !oCmdLine.m_bOptionsEnded && strName.compare(0, 1, "-") == 0;
+        return WrongUsage((bOption ? "unknown option " : "unknown command ") + strName);
+    }
     if (vecOperands.size() != pCommand->nOperands)
         return WrongUsage(strName + " takes " + std::to_string(pCommand->nOperands) +
                           " arguments, not " + std::to_string(vecOperands.size()));
@@ -254,9 +264,13 @@ int main(int argc, char** argv)
 {
     CInictlCmdLine oCmdLine(argc, argv);
     oCmdLine.UpdateOptions(false);
+    int nStatus = STATUS_DONE;
     if (oCmdLine.m_bHelp)
         std::cout << USAGE;
-    const int nStatus = oCmdLine.m_bHelp ? STATUS_DONE : Run(oCmdLine);
+    else if (oCmdLine.m_bVersion)
+        std::cout << "inictl " INICTL_VERSION "\n";
+    else
+        nStatus = Run(oCmdLine);
     if (!std::cout.flush())
         return Fail(std::string("standard output: ") + std::strerror(errno), STATUS_ERROR);
     return nStatus;
