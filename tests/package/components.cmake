@@ -31,3 +31,12 @@ file(GLOB_RECURSE pages ${BINARY}/Documentation/*)
 if(NOT pages MATCHES "ini-format\\.md" OR pages MATCHES "\\.(h|so|cmake)(;|$)")
   message(FATAL_ERROR "not the documentation: ${pages}")
 endif()
+
+# Beside the libraries a tool runs as it was installed.
+install_component(Tools)
+file(GLOB_RECURSE tools RELATIVE ${BINARY}/Tools ${BINARY}/Tools/*)
+if(NOT "${BINDIR}/inictl.bin" IN_LIST tools OR tools MATCHES "\\.(h|so|cmake|md)(;|$)")
+  message(FATAL_ERROR "not the tools: ${tools}")
+endif()
+run(${CMAKE_COMMAND} --install ${BUILD} --component Tools --prefix ${BINARY}/Runtime)
+expect_output("^inictl [0-9.]+\n$" ${BINARY}/Runtime/${BINDIR}/inictl.bin --version)
