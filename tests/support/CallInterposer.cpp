@@ -7,8 +7,8 @@
 #include <sys/types.h>
 
 /// Decides on a call of the running thread: 0 lets it pass, anything else is the `errno` of its
-/// failure.
-int CallWatchDecide(const char* pszCall);
+/// failure. It is set before main.
+int (*g_pDecideOnCall)(const char* pszCall) = nullptr;
 
 namespace
 {
@@ -17,7 +17,7 @@ namespace
 template <typename TResult, typename... TArgs>
 TResult Pass(const char* pszCall, const char* pszSymbol, TArgs... args)
 {
-    const int nError = CallWatchDecide(pszCall);
+    const int nError = g_pDecideOnCall != nullptr ? g_pDecideOnCall(pszCall) : 0;
     if (nError != 0) {
         errno = nError;
         return -1;

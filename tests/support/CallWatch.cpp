@@ -2,12 +2,14 @@
 
 #include <utility>
 
-int CallWatchDecide(const char* pszCall);
+extern int (*g_pDecideOnCall)(const char* pszCall);
 
 namespace
 {
 
 thread_local CallWatch* s_pWatch = nullptr;
+
+const bool INSTALLED = (g_pDecideOnCall = CallWatch::Decide) != nullptr;
 
 } // namespace
 
@@ -27,11 +29,6 @@ int CallWatch::Decide(const char* pszCall)
     const int nError = pWatch != nullptr ? pWatch->m_fnDecision(pszCall) : 0;
     s_pWatch = pWatch;
     return nError;
-}
-
-int CallWatchDecide(const char* pszCall)
-{
-    return CallWatch::Decide(pszCall);
 }
 
 std::string FailEachCall(int nError, const std::function<void()>& fnRun,
