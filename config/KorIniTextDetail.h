@@ -26,8 +26,8 @@ private:
     size_t m_nNext = 0;
 };
 
-/// The lines with their meaning. An option belongs to the section of the header above it; of several
-/// lines of one name the first is the one in force.
+/// The lines with their meaning. An option belongs to the section of the header above it; of
+/// several lines of one name the first is the one in force.
 class CKorIniText
 {
 public:

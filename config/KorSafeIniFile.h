@@ -56,9 +56,9 @@ struct SKorIniChange;
 ///
 /// These doors lead around all of that, since the operations of the base class are not virtual:
 /// ReadOption(), WriteOption(), ReadAllSections() and ReadAllSectionEntries() called through a
-/// `CKorIniFile&` or with the base class's name, and a CKorIniOptionExchange that the program itself
-/// makes for this object. They rewrite the file in place, run the program's exchange, and know
-/// nothing of these findings and errors.
+/// `CKorIniFile&` or with the base class's name, and a CKorIniOptionExchange that the program
+/// itself makes for this object. They rewrite the file in place, run the program's exchange, and
+/// know nothing of these findings and errors.
 ///
 /// Inside `DoOptionExchange` the operations of the exchange work on a copy of the file's lines;
 /// what counts of it afterwards is what was set, and what was removed by name. An object serves one
@@ -109,12 +109,14 @@ public:
     bool HasOption(const char* pszSection, const char* pszOption);
 
     /// Lists the file's sections, without the program's exchange.
-    /// @param vecSections  receives the names, ascending by bytes; none when the file cannot be read
+    /// @param vecSections  receives the names, ascending by bytes; none of a file that cannot be
+    ///                     read
     void ReadAllSections(std::vector<std::string>& vecSections);
 
     /// Lists the options of a section, without the program's exchange.
     /// @param pszSection  the section
-    /// @param vecOptions  receives the names, ascending by bytes; none when the file cannot be read
+    /// @param vecOptions  receives the names, ascending by bytes; none of a file that cannot be
+    ///                    read
     void ReadAllSectionEntries(const char* pszSection, std::vector<std::string>& vecOptions);
 
     /// Whether the last operation replaced the file. Together with a false of that operation it

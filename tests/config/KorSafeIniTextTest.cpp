@@ -172,6 +172,22 @@ TEST_F(KorSafeIniText, RemovingASectionLeavesTheCommentsBehindItsOptions)
     EXPECT_EQ("", RemoveSection("[S]\n\n\n", "S"));
 }
 
+TEST_F(KorSafeIniText, TheExampleOfTheFormatsPage)
+{
+    const std::string strPort = "# Gateway\n[Port]\nDevice = /dev/ttyAM0    # upper socket\n"
+                                "Baud=9600\nBaud=19200\n";
+    const std::string strRest = "\n[Log]\nLevel=2\nremember to lower this\n[port]\n"
+                                "Name = first meter\n";
+    EXPECT_EQ(strPort + "Parity=even\n" + strRest,
+              Set(strPort + strRest, "Port", "Parity", "even"));
+    std::vector<SKorIniFinding> vecFindings;
+    EXPECT_TRUE(KorCheckIniFile(m_oFile.GetIniFileName().c_str(), false, vecFindings));
+    ASSERT_EQ(3U, vecFindings.size());
+    EXPECT_EQ(SKorIniFinding::FINDING_DUPLICATE, vecFindings[0].m_eKind);
+    EXPECT_EQ(SKorIniFinding::FINDING_SYNTAX, vecFindings[1].m_eKind);
+    EXPECT_EQ(SKorIniFinding::FINDING_REPEATED_SECTION, vecFindings[2].m_eKind);
+}
+
 TEST_F(KorSafeIniText, ASecondWriteOfTheSameValueChangesNothing)
 {
     Write("[S]\nx=1\n");
