@@ -36,11 +36,11 @@ struct SKorIniFinding
         FINDING_NOT_STORABLE,    ///< a name or a value that the format cannot hold
         FINDING_IO_ERROR         ///< the file could not be read or replaced
     };
-    EKind m_eKind = FINDING_SYNTAX;
-    unsigned int m_nLine = 0; ///< the line, counted from 1; 0 for none
-    std::string m_strSection; ///< the section that it concerns, or empty
-    std::string m_strOption;  ///< the option that it concerns, or empty
-    std::string m_strText;    ///< one sentence for a person, without the line number
+    EKind m_eKind = FINDING_SYNTAX; ///< what was found
+    unsigned int m_nLine = 0;       ///< the line, counted from 1; 0 for none
+    std::string m_strSection;       ///< the section that it concerns, or empty
+    std::string m_strOption;        ///< the option that it concerns, or empty
+    std::string m_strText;          ///< one sentence for a person, without the line number
 };
 
 /// Checks the lines of a file, as CKorIniFile and CKorSafeIniFile read it.
