@@ -14,8 +14,8 @@ constexpr size_t GAP = 2;
 /// The columns of a text in UTF-8.
 size_t Columns(std::string_view strText)
 {
-    return static_cast<size_t>(std::count_if(strText.begin(), strText.end(),
-                                             [](char c) { return (c & 0xC0) != 0x80; }));
+    return static_cast<size_t>(
+        std::count_if(strText.begin(), strText.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
 /// The bytes of as many characters as fit in the columns.

@@ -82,8 +82,12 @@ TEST_F(KorOptionParser, ShortFlagsStandAloneTogetherAndSeveralTimes)
 
 TEST_F(KorOptionParser, AnOptionTakesItsValueInFourWays)
 {
-    for (const Texts& vecLine : {Texts{"-c", "a b"}, {"-ca b"}, {"--config", "a b"},
-                                 {"--config=a b"}, {"-vca b"}, {"-qvc", "a b"}}) {
+    for (const Texts& vecLine : {Texts{"-c", "a b"},
+                                 {"-ca b"},
+                                 {"--config", "a b"},
+                                 {"--config=a b"},
+                                 {"-vca b"},
+                                 {"-qvc", "a b"}}) {
         m_strConfig = "default";
         EXPECT_EQ(P::PARSE_OK, Parse(vecLine)) << vecLine[0];
         EXPECT_EQ("a b", m_strConfig) << vecLine[0];
@@ -256,9 +260,10 @@ std::string HelpOnATerminalOf(unsigned short nColumns)
         bool bFlag = false;
         std::string strValue;
         CKorOptionParser oParser(INFO);
-        oParser.AddFlag("a-flag-with-a-name-that-needs-a-line-of-its-own", bFlag,
-                        "and a text that is so long that no terminal shows it in one line, nor "
-                        "awordwithoutanyblankinitthatislongerthananylineofanyterminalthatcountsxxxx");
+        oParser.AddFlag(
+            "a-flag-with-a-name-that-needs-a-line-of-its-own", bFlag,
+            "and a text that is so long that no terminal shows it in one line, nor "
+            "awordwithoutanyblankinitthatislongerthananylineofanyterminalthatcountsxxxx");
         oParser.AddArgument("\xC3\x84RGUMENT", strValue, "na\xC3\xAFve");
         const char* const apszLine[] = {"gw", "--help"};
         oParser.Parse(2, apszLine);

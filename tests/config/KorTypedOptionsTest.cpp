@@ -1,6 +1,7 @@
 #include "config/KorTypedOptions.h"
 
 #include "config/KorSafeIniFile.h"
+#include "serial/KorSerial.h"
 #include "tests/support/ScratchDir.h"
 
 #include <cerrno>
@@ -348,6 +349,57 @@ TEST_F(KorTypedOptions, ThePlainIniFileTakesThemToo)
     oOptions.UpdateOptions(true);
     EXPECT_FALSE(bResult);
     EXPECT_NE(std::string::npos, Content().find("Interval=500"));
+}
+
+/// The settings of docs/settings.md.
+class Settings : public CKorSafeIniFile
+{
+public:
+    explicit Settings(const std::string& strFile)
+        : CKorSafeIniFile(strFile.c_str(), PATH_UNCHANGED), m_eParity(), m_nRegisters(0)
+    {
+    }
+
+    using CKorSafeIniFile::DoOptionExchange;
+    void DoOptionExchange(CKorIniOptionExchange* pExchange) override
+    {
+        IOX_Value(pExchange, "Port", "Device", m_strDevice, "/dev/ttyAM0");
+        IOX_Enum(pExchange, "Port", "Parity", m_eParity, CKorSerial::PARITY_NONE,
+                 {{"none", CKorSerial::PARITY_NONE}, {"even", CKorSerial::PARITY_EVEN}});
+        IOX_Range(pExchange, "Poll", "Registers", m_nRegisters, 10, 1, 125);
+        IOX_Range(pExchange, "Poll", "Interval", m_oInterval, 500, 10, 60000);
+        IOX_Value(pExchange, "Poll", "Units", m_vecUnits, {1});
+    }
+
+    std::string m_strDevice;
+    CKorSerial::E_PARITY m_eParity;
+    unsigned int m_nRegisters;
+    CKorTimeDiff m_oInterval;
+    std::vector<unsigned char> m_vecUnits;
+};
+
+TEST_F(KorTypedOptions, TheDocumentedSettingsAreReadAndStayAsTheyAreWritten)
+{
+    const std::string strContent = "[Port]\nDevice = /dev/ttyAM1\nParity = Even\n\n[Poll]\n"
+                                   "Registers=10\nInterval = 1.5s     # or 1500ms\n"
+                                   "Units = 1, 2, 0x10\n";
+    WriteFile(m_strFile, strContent);
+    Settings oSettings(m_strFile);
+    ASSERT_TRUE(oSettings.UpdateOptions(false));
+    EXPECT_TRUE(oSettings.GetFindings().empty());
+    EXPECT_EQ("/dev/ttyAM1", oSettings.m_strDevice);
+    EXPECT_EQ(CKorSerial::PARITY_EVEN, oSettings.m_eParity);
+    EXPECT_EQ(10U, oSettings.m_nRegisters);
+    EXPECT_EQ(1500, oSettings.m_oInterval.GetTotalMilliSeconds());
+    EXPECT_EQ((std::vector<unsigned char>{1, 2, 16}), oSettings.m_vecUnits);
+    ASSERT_TRUE(oSettings.UpdateOptions(true));
+    EXPECT_EQ(strContent, Content());
+
+    WriteFile(m_strFile, "[Poll]\nInterval=abc\n");
+    ASSERT_TRUE(oSettings.UpdateOptions(false));
+    ASSERT_EQ(1U, oSettings.GetFindings().size());
+    EXPECT_EQ("[Poll] Interval=abc is no time span; 500ms is used",
+              oSettings.GetFindings()[0].m_strText);
 }
 
 } // namespace
