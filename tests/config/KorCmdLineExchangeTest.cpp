@@ -1,7 +1,7 @@
 #include "config/KorCmdLineExchange.h"
 
 #include "config/KorCmdLine.h"
-#include "tests/config/CmdLineArguments.h"
+#include "tests/support/Arguments.h"
 
 #include <gtest/gtest.h>
 
@@ -9,11 +9,11 @@ namespace
 {
 
 /// An exchange over the given arguments.
-struct Exchange : private CmdLineArguments, private CKorCmdLine, CKorCmdLineExchange
+struct Exchange : private Arguments, private CKorCmdLine, CKorCmdLineExchange
 {
     Exchange(std::initializer_list<const char*> lstArgs)
-        : CmdLineArguments(lstArgs),
-          CKorCmdLine(Count(), Pointers()),
+        : Arguments(lstArgs),
+          CKorCmdLine(Count(), Vector()),
           CKorCmdLineExchange(static_cast<CKorCmdLine*>(this))
     {
     }

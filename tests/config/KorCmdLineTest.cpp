@@ -1,7 +1,7 @@
 #include "config/KorCmdLine.h"
 
 #include "config/KorCmdLineExchange.h"
-#include "tests/config/CmdLineArguments.h"
+#include "tests/support/Arguments.h"
 
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -34,8 +34,8 @@ struct CmdLine : CKorCmdLine
 
 TEST(KorCmdLine, HoldsEveryArgumentUnchanged)
 {
-    CmdLineArguments oArgs{"prog", "-p", "a b", "\"q\"", ""};
-    const CmdLine oCmdLine(oArgs.Count(), oArgs.Pointers());
+    Arguments oArgs{"prog", "-p", "a b", "\"q\"", ""};
+    const CmdLine oCmdLine(oArgs.Count(), oArgs.Vector());
     EXPECT_EQ((Texts{"prog", "-p", "a b", "\"q\"", ""}), oCmdLine.m_vecArgs);
 }
 
@@ -46,9 +46,9 @@ TEST(KorCmdLine, IsEmptyByDefault)
 
 TEST(KorCmdLine, IsEmptyForACountBelowOne)
 {
-    CmdLineArguments oArgs{"prog"};
-    EXPECT_TRUE(CmdLine(0, oArgs.Pointers()).m_vecArgs.empty());
-    EXPECT_TRUE(CmdLine(-1, oArgs.Pointers()).m_vecArgs.empty());
+    Arguments oArgs{"prog"};
+    EXPECT_TRUE(CmdLine(0, oArgs.Vector()).m_vecArgs.empty());
+    EXPECT_TRUE(CmdLine(-1, oArgs.Vector()).m_vecArgs.empty());
 }
 
 TEST(KorCmdLine, IsEmptyWithoutAnArgumentArray)
@@ -58,21 +58,21 @@ TEST(KorCmdLine, IsEmptyWithoutAnArgumentArray)
 
 TEST(KorCmdLine, InitializingAgainReplacesTheArguments)
 {
-    CmdLineArguments oFirst{"prog", "a", "b"};
-    CmdLineArguments oSecond{"other"};
-    CmdLine oCmdLine(oFirst.Count(), oFirst.Pointers());
-    oCmdLine.Initialize(oSecond.Count(), oSecond.Pointers());
+    Arguments oFirst{"prog", "a", "b"};
+    Arguments oSecond{"other"};
+    CmdLine oCmdLine(oFirst.Count(), oFirst.Vector());
+    oCmdLine.Initialize(oSecond.Count(), oSecond.Vector());
     EXPECT_EQ((Texts{"other"}), oCmdLine.m_vecArgs);
-    oCmdLine.Initialize(0, oSecond.Pointers());
+    oCmdLine.Initialize(0, oSecond.Vector());
     EXPECT_TRUE(oCmdLine.m_vecArgs.empty());
 }
 
 TEST(KorCmdLine, ANullEntryRaisesALogicError)
 {
-    CmdLineArguments oArgs{"prog"};
+    Arguments oArgs{"prog"};
     CmdLine oCmdLine;
     try {
-        oCmdLine.Initialize(2, oArgs.Pointers());
+        oCmdLine.Initialize(2, oArgs.Vector());
         FAIL() << "nothing was thrown";
     } catch (const std::logic_error& oError) {
         EXPECT_STREQ("basic_string::_S_construct NULL not valid", oError.what());
@@ -81,8 +81,8 @@ TEST(KorCmdLine, ANullEntryRaisesALogicError)
 
 TEST(KorCmdLine, AnUpdateDeclaresThenReads)
 {
-    CmdLineArguments oArgs{"prog", "-p", "4711", "file"};
-    CmdLine oCmdLine(oArgs.Count(), oArgs.Pointers());
+    Arguments oArgs{"prog", "-p", "4711", "file"};
+    CmdLine oCmdLine(oArgs.Count(), oArgs.Vector());
     EXPECT_TRUE(oCmdLine.UpdateOptions(false));
     EXPECT_EQ((std::vector<bool>{false, true}), oCmdLine.m_vecPasses);
     EXPECT_EQ("4711", oCmdLine.m_strPort);
@@ -91,8 +91,8 @@ TEST(KorCmdLine, AnUpdateDeclaresThenReads)
 
 TEST(KorCmdLine, AnUpdateLeavesTheArgumentsForTheNextOne)
 {
-    CmdLineArguments oArgs{"prog", "file"};
-    CmdLine oCmdLine(oArgs.Count(), oArgs.Pointers());
+    Arguments oArgs{"prog", "file"};
+    CmdLine oCmdLine(oArgs.Count(), oArgs.Vector());
     EXPECT_TRUE(oCmdLine.UpdateOptions(true));
     EXPECT_TRUE(oCmdLine.UpdateOptions(true));
     EXPECT_EQ((Texts{"prog", "file"}), oCmdLine.m_vecArgs);

@@ -1,5 +1,6 @@
 #include "tests/support/ThreadState.h"
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <sys/syscall.h>
@@ -17,4 +18,12 @@ bool IsAsleep(int nThread)
     std::getline(oFile, strStat);
     const std::size_t nNameEnd = strStat.rfind(')'); // "number (name) state ..."
     return nNameEnd != std::string::npos && strStat.compare(nNameEnd + 1, 3, " S ") == 0;
+}
+
+std::set<int> Threads()
+{
+    std::set<int> setThreads;
+    for (const auto& oEntry : std::filesystem::directory_iterator("/proc/self/task"))
+        setThreads.insert(std::stoi(oEntry.path().filename()));
+    return setThreads;
 }
