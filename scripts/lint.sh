@@ -8,6 +8,6 @@ need_packages clang-tidy
 [ -f "build/$preset/compile_commands.json" ] || fail "build preset $preset first: scripts/test.sh"
 step "clang-tidy"
 git ls-files 'base/*.cpp' 'text/*.cpp' 'time/*.cpp' 'fs/*.cpp' 'config/*.cpp' 'serial/*.cpp' \
-    'event/*.cpp' 'app/*.cpp' 'examples/*.cpp' |
+    'event/*.cpp' 'app/*.cpp' 'tools/*.cpp' 'examples/*.cpp' |
   xargs -P "$(nproc)" -n 4 clang-tidy -p "build/$preset" --quiet 2>/dev/null ||
   fail "clang-tidy found something"
