@@ -47,8 +47,8 @@
 /// that interval, as long as the loop turns. A Run() that never runs the loop does that itself.
 ///
 /// The constructor opens `/dev/null` on each of the handles 0 to 2 that is closed, and lets all
-/// signals in. One instance a process, constructed and destroyed on the main thread while there is
-/// no other; every operation is for that thread but RequestEnd(), IsEndRequested() and
+/// signals in. There is one instance a process, constructed and destroyed on the main thread when
+/// that is the only one. Every operation is for that thread but RequestEnd(), IsEndRequested() and
 /// GetExitStatus().
 class TARVO_EXT_API CKorDaemonApplication : private CKorFormerSignals, public CKorConApplication
 {

@@ -186,6 +186,13 @@ TEST_F(KorLogFile, OnlyASingleLongerLineExceedsTheSize)
     EXPECT_FALSE(Exists(Name(3)));
 }
 
+TEST_F(KorLogFile, AnEmptyFileIsNotRotated)
+{
+    ASSERT_TRUE(m_oLog.UseFile(Name().c_str(), 100, 9));
+    m_oLog.Write(CKorLog::LEVEL_INFO, "%s", std::string(200, 'x').c_str());
+    EXPECT_FALSE(Exists(Name(1)));
+}
+
 TEST_F(KorLogFile, ANewFileHasTheModeOfTheFormer)
 {
     ASSERT_TRUE(m_oLog.UseFile(Name().c_str(), LINE, 1));
