@@ -29,6 +29,7 @@ struct TDate
     int nDay;   ///< 1 to 31
 };
 using SDate = TDate<std::int64_t>;
+using SDate32 = TDate<std::int32_t>;
 
 /// The quotient rounded down; @p nDivisor must be positive.
 constexpr std::int64_t FloorQuotient(std::int64_t nNumber, std::int64_t nDivisor)
@@ -90,7 +91,7 @@ constexpr std::int64_t DayOfDate(std::int64_t nYear, int nMonth, int nDay)
 }
 
 /// The date of a day in [0, 2^30 - 146098], in arithmetic of 32 bits for boards that have no more.
-constexpr TDate<std::int32_t> DateOfDay32(std::uint32_t nDay)
+constexpr SDate32 DateOfDay32(std::uint32_t nDay)
 {
     // Counted from the first of March of year -400, so that leap days end their years, centuries
     // and eras. A century has 146097 quarters of a day, a year of it 1461.

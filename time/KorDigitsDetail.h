@@ -47,6 +47,23 @@ constexpr bool IsDigit(int c)
     return c >= '0' && c <= '9';
 }
 
+/// Reads at most @p nMaxDigits digits from a source that has Peek() and Skip().
+/// @param[out] nNumber  their number, modulo 2^32; 0 without any
+/// @return how many there were
+template <class TSource>
+unsigned TakeDigits(TSource& oSource, unsigned nMaxDigits, std::uint32_t& nNumber)
+{
+    nNumber = 0;
+    for (unsigned nRead = 0; nRead < nMaxDigits; ++nRead) {
+        const int c = oSource.Peek();
+        if (!IsDigit(c))
+            return nRead;
+        oSource.Skip();
+        nNumber = nNumber * 10 + static_cast<std::uint32_t>(c - '0');
+    }
+    return nMaxDigits;
+}
+
 /// Reads a text from its first to its last character; characters are never taken twice.
 class CCursor
 {
@@ -67,15 +84,10 @@ public:
         m_pNext += bTaken ? 1 : 0;
         return bTaken;
     }
-    /// Reads at most @p nMaxDigits digits.
-    /// @param[out] nNumber  their number, modulo 2^32; 0 without any
-    /// @return how many there were
+    /// Reads at most @p nMaxDigits digits as KorDigits::TakeDigits() does.
     unsigned TakeDigits(unsigned nMaxDigits, std::uint32_t& nNumber)
     {
-        unsigned nRead = 0;
-        for (nNumber = 0; nRead < nMaxDigits && IsDigit(Peek()); ++nRead)
-            nNumber = nNumber * 10 + static_cast<std::uint32_t>(*m_pNext++ - '0');
-        return nRead;
+        return KorDigits::TakeDigits(*this, nMaxDigits, nNumber);
     }
 
 private:

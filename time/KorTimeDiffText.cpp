@@ -1,12 +1,9 @@
-#include "time/KorTimeDiff.h"
-
 #include "time/KorStreamSlotDetail.h"
-#include "time/KorTimeTextDetail.h"
+#include "time/KorTextReaderDetail.h"
+#include "time/KorTextWriterDetail.h"
+#include "time/KorTimeDiff.h"
 #include "time/KorTimeTicksDetail.h"
-#include "time/StreamExtension.h"
 
-#include <istream>
-#include <ostream>
 #include <sstream>
 
 namespace
@@ -14,85 +11,106 @@ namespace
 
 using KorTicks::Bits;
 
-/// The minutes and as many of the smaller fields as the format has.
-void AddMinutesAndBelow(CKorTimeText& oText, std::uint64_t nTicks, long nFormat)
+/// A field below the hours.
+struct SField
 {
-    static constexpr struct
-    {
-        long nFirstFormat;
-        const char* pszSeparator;
-        std::uint64_t nUnit;
-        std::uint64_t nUnits;
-        int nWidth;
-    } FIELDS[] = {
-        {CKorTimeDiff::eDiffHhMm, ":", KorTicks::PER_MINUTE, 60, 2},
-        {CKorTimeDiff::eDiffHhMmSs, ":", KorTicks::PER_SECOND, 60, 2},
-        {CKorTimeDiff::eDiffHhMmSsMs, ".", KorTicks::PER_MILLISECOND, 1000, 3},
-        {CKorTimeDiff::eDiffHhMmSsMsUs, ".", KorTicks::PER_MICROSECOND, 1000, 3},
-    };
-    for (const auto& oField : FIELDS) {
-        if (nFormat < oField.nFirstFormat)
-            return;
-        oText.AddText(oField.pszSeparator);
-        oText.AddUnsigned(nTicks / oField.nUnit % oField.nUnits, oField.nWidth);
-    }
-    if (nFormat == CKorTimeDiff::eDiffHhMmSsMsUsNs) {
-        oText.AddText(".");
-        oText.AddUnsigned(nTicks % KorTicks::PER_MICROSECOND * 10, 3);
+    std::uint64_t nUnit;   ///< in ticks
+    std::uint32_t nUnits;  ///< how many make the next larger one
+    std::uint32_t nFactor; ///< by which their number is written
+    int nWidth;
+    char szSeparator[2]; ///< in front of it
+};
+
+/// The formats from hours and minutes on have one of them more each.
+constexpr SField FIELDS[] = {
+    {KorTicks::PER_MINUTE, 60, 1, 2, ":"},
+    {KorTicks::PER_SECOND, 60, 1, 2, ":"},
+    {KorTicks::PER_MILLISECOND, 1000, 1, 3, "."},
+    {KorTicks::PER_MICROSECOND, 1000, 1, 3, "."},
+    {1, 100, 10, 3, "."},
+};
+
+template <class TText>
+void AddFields(TText& oText, std::uint64_t nTicks, long nFields)
+{
+    for (const SField* p = FIELDS; p != FIELDS + nFields; ++p) {
+        oText.Text(p->szSeparator);
+        oText.Number(nTicks / p->nUnit % p->nUnits * p->nFactor, p->nWidth);
     }
 }
 
-CKorTimeText TextOf(long long nTicks, long nFormat)
+template <class TText>
+void AddSpan(TText& oText, long long nTicks, long nFormat)
 {
     // Wanted: hours and days are those of the unsigned ticks, so a negative span has very many.
     const std::uint64_t nUnsigned = Bits(nTicks);
     const std::uint64_t nAbsolute = nTicks < 0 ? 0 - nUnsigned : nUnsigned;
-    CKorTimeText oText;
     if (nTicks < 0)
-        oText.AddText("-");
-    switch (nFormat) {
-    case CKorTimeDiff::eDiffMilliSeconds:
-        oText.AddUnsigned(nAbsolute / KorTicks::PER_MILLISECOND, 0);
-        break;
-    case CKorTimeDiff::eDiffHhMm:
-    case CKorTimeDiff::eDiffHhMmSs:
-    case CKorTimeDiff::eDiffHhMmSsMs:
-    case CKorTimeDiff::eDiffHhMmSsMsUs:
-    case CKorTimeDiff::eDiffHhMmSsMsUsNs:
-        oText.AddUnsigned(nUnsigned / KorTicks::PER_HOUR, 0);
-        AddMinutesAndBelow(oText, nAbsolute, nFormat);
-        break;
-    case CKorTimeDiff::eDiffDaysHhMmSs:
-        oText.AddUnsigned(nUnsigned / KorTicks::PER_DAY, 0);
-        oText.AddText("#");
-        oText.AddUnsigned(nAbsolute / KorTicks::PER_HOUR, 2); // wanted: all hours of the span
-        AddMinutesAndBelow(oText, nAbsolute, CKorTimeDiff::eDiffHhMmSs);
-        break;
-    case CKorTimeDiff::eDiffMicroSeconds:
-        oText.AddUnsigned(nAbsolute / KorTicks::PER_MICROSECOND, 0);
-        break;
-    default:
-        oText.AddText("Fehler ");
+        oText.Text("-");
+    if (nFormat == CKorTimeDiff::eDiffMilliSeconds) {
+        oText.Number(nAbsolute / KorTicks::PER_MILLISECOND, 0);
+    } else if (nFormat == CKorTimeDiff::eDiffMicroSeconds) {
+        oText.Number(nAbsolute / KorTicks::PER_MICROSECOND, 0);
+    } else if (nFormat == CKorTimeDiff::eDiffDaysHhMmSs) {
+        oText.Number(nUnsigned / KorTicks::PER_DAY, 0);
+        oText.Text("#");
+        oText.Number(nAbsolute / KorTicks::PER_HOUR, 2); // wanted: all hours of the span
+        AddFields(oText, nAbsolute, CKorTimeDiff::eDiffHhMmSs);
+    } else if (nFormat >= CKorTimeDiff::eDiffHhMm && nFormat <= CKorTimeDiff::eDiffHhMmSsMsUsNs) {
+        oText.Number(nUnsigned / KorTicks::PER_HOUR, 0);
+        AddFields(oText, nAbsolute, nFormat);
+    } else {
+        oText.Text("Fehler ");
     }
-    return oText;
 }
 
-int ReadField(std::istream& oStream, unsigned nDigits)
+bool IsTotal(long nFormat)
 {
-    return static_cast<int>(GetSizedUInt(oStream, nDigits, nullptr, false));
+    return nFormat == CKorTimeDiff::eDiffMilliSeconds || nFormat == CKorTimeDiff::eDiffMicroSeconds;
 }
 
-int ReadNextField(std::istream& oStream, char cSeparator, unsigned nDigits)
-{
-    SeparateChar(oStream, cSeparator, true);
-    return ReadField(oStream, nDigits);
-}
-
-long long ReadTotal(std::istream& oStream, std::uint64_t nUnit)
+/// Totals are read as the stream reads any integer: with its locale and flags.
+long long ReadTotal(std::istream& oStream, long nFormat)
 {
     long long nTotal = 0;
     oStream >> nTotal;
-    return KorTicks::Signed(Bits(nTotal) * nUnit);
+    return KorTicks::Signed(Bits(nTotal) * (nFormat == CKorTimeDiff::eDiffMilliSeconds
+                                                ? KorTicks::PER_MILLISECOND
+                                                : KorTicks::PER_MICROSECOND));
+}
+
+template <class TSource>
+int ReadField(TSource& oSource, unsigned nDigits)
+{
+    return static_cast<int>(oSource.TakeNumber(nDigits));
+}
+
+template <class TSource>
+int ReadNextField(TSource& oSource, char cSeparator, unsigned nDigits)
+{
+    if (!KorTakeSeparator(oSource, cSeparator))
+        oSource.Fail();
+    return ReadField(oSource, nDigits);
+}
+
+/// Reads a format for which IsReadableClock() is true.
+template <class TSource>
+CKorTimeDiff ReadClock(TSource& oSource, long nFormat)
+{
+    const bool bDays = nFormat == CKorTimeDiff::eDiffDaysHhMmSs;
+    const int nDays = bDays ? ReadField(oSource, 4) : 0;
+    const int nHours = bDays ? ReadNextField(oSource, '#', 2) : ReadField(oSource, 2);
+    const int nMinutes = ReadNextField(oSource, ':', 2);
+    const int nSeconds = nFormat != CKorTimeDiff::eDiffHhMm ? ReadNextField(oSource, ':', 2) : 0;
+    const int nMilliSeconds =
+        nFormat == CKorTimeDiff::eDiffHhMmSsMs ? ReadNextField(oSource, '.', 3) : 0;
+    return CKorTimeDiff(nDays, nHours, nMinutes, nSeconds, nMilliSeconds, 0, 0);
+}
+
+bool IsReadableClock(long nFormat)
+{
+    return nFormat == CKorTimeDiff::eDiffHhMm || nFormat == CKorTimeDiff::eDiffHhMmSs ||
+           nFormat == CKorTimeDiff::eDiffHhMmSsMs || nFormat == CKorTimeDiff::eDiffDaysHhMmSs;
 }
 
 } // namespace
@@ -108,40 +126,20 @@ std::ios_base& CKorTimeDiff::SetDiffTimeFlag(std::ios_base& oStream, EDiffFormat
 
 std::ostream& CKorTimeDiff::PutStream(std::ostream& oStream) const
 {
-    return TextOf(m_nValue, KorStreamSlot(oStream, m_nTimeDiffFlagIdx)).Put(oStream);
+    const long nFormat = KorStreamSlot(oStream, m_nTimeDiffFlagIdx);
+    return KorPutText(oStream, true,
+                      [this, nFormat](auto& oText) { AddSpan(oText, m_nValue, nFormat); });
 }
 
 std::istream& CKorTimeDiff::GetStream(std::istream& oStream)
 {
     m_nValue = 0;
     const long nFormat = KorStreamSlot(oStream, m_nTimeDiffFlagIdx);
-    switch (nFormat) {
-    case eDiffMilliSeconds:
-        m_nValue = ReadTotal(oStream, KorTicks::PER_MILLISECOND);
-        break;
-    case eDiffMicroSeconds:
-        m_nValue = ReadTotal(oStream, KorTicks::PER_MICROSECOND);
-        break;
-    case eDiffHhMm:
-    case eDiffHhMmSs:
-    case eDiffHhMmSsMs: {
-        const int nHours = ReadField(oStream, 2);
-        const int nMinutes = ReadNextField(oStream, ':', 2);
-        const int nSeconds = nFormat >= eDiffHhMmSs ? ReadNextField(oStream, ':', 2) : 0;
-        const int nMilliSeconds = nFormat == eDiffHhMmSsMs ? ReadNextField(oStream, '.', 3) : 0;
-        SetTime(0, nHours, nMinutes, nSeconds, nMilliSeconds, 0, 0);
-        break;
-    }
-    case eDiffDaysHhMmSs: {
-        const int nDays = ReadField(oStream, 4);
-        const int nHours = ReadNextField(oStream, '#', 2);
-        const int nMinutes = ReadNextField(oStream, ':', 2);
-        const int nSeconds = ReadNextField(oStream, ':', 2);
-        SetTime(nDays, nHours, nMinutes, nSeconds, 0, 0, 0);
-        break;
-    }
-    default: // the other formats are for writing only
-        break;
+    if (IsTotal(nFormat)) {
+        m_nValue = ReadTotal(oStream, nFormat);
+    } else if (IsReadableClock(nFormat)) {
+        CKorStreamSource oSource(oStream);
+        *this = ReadClock(oSource, nFormat);
     }
     return oStream;
 }
@@ -163,13 +161,26 @@ std::istream& operator>>(std::istream& oStream, CKorTimeDiff& oSpan)
 
 std::string KorToString(const CKorTimeDiff& oSpan, CKorTimeDiff::EDiffFormat eFormat)
 {
-    return TextOf(oSpan.m_nValue, eFormat).ToString();
+    if (KorNewStreamWritesPlainly()) {
+        CKorPlainText oText;
+        AddSpan(oText, oSpan.m_nValue, eFormat);
+        return oText.ToString();
+    }
+    std::ostringstream oStream;
+    CKorTimeDiff::SetDiffTimeFlag(oStream, eFormat);
+    oStream << oSpan;
+    return oStream.str();
 }
 
 bool KorFromString(CKorTimeDiff& oSpan, CKorTimeDiff::EDiffFormat eFormat,
                    const std::string& strText)
 {
-    // The zero ends every number before the end of the input, as for CKorUTCTime.
+    // The zero behind the text ends every number before the end of the input, as for CKorUTCTime.
+    if (IsReadableClock(eFormat)) {
+        CKorTextSource oSource(strText.c_str(), strText.c_str() + strText.size() + 1);
+        oSpan = ReadClock(oSource, eFormat);
+        return !oSource.HasFailed();
+    }
     std::istringstream oStream(strText + '\0');
     CKorTimeDiff::SetDiffTimeFlag(oStream, eFormat);
     oStream >> oSpan;

@@ -286,6 +286,19 @@ protected:
 
     CKorTimeDiff m_oTime; ///< The instant: the span since the first of January of year 0.
     bool m_bValid;        ///< What IsTimeValid() reports.
+
+private:
+    friend TARVO_EXT_API bool KorFromString(CKorUTCTime& oTime, ETimeFormat eFormat,
+                                            const std::string& strText);
+
+    /// Reads a record of the format table and sets date and time.
+    template <class TSource>
+    TARVO_EXT_LOCAL void ReadRecord(TSource& oSource, long nFormat);
+    /// What GetStream() of this class reads from a text.
+    /// @return whether reading did not fail
+    TARVO_EXT_LOCAL bool ReadText(const char* pBegin, const char* pEnd, ETimeFormat eFormat);
+    /// The same for what GetStream() of the object's class reads.
+    TARVO_EXT_LOCAL bool ReadAnyText(const char* pBegin, const char* pEnd, ETimeFormat eFormat);
 };
 
 /// The span from @p oRight to @p oLeft, which must not be the earlier one: the span is then large

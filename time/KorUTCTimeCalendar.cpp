@@ -1,6 +1,7 @@
 // Dates of instants, and instants of dates.
 
 #include "time/KorCalendarDetail.h"
+#include "time/KorDateOfTicksDetail.h"
 #include "time/KorTimeTicksDetail.h"
 #include "time/KorUTCTime.h"
 
@@ -12,18 +13,12 @@ using KorTicks::Signed;
 namespace
 {
 
-using SDate32 = KorCalendar::TDate<std::int32_t>;
+using KorCalendar::SDate32;
 
 /// What CKorUTCTime::CalcDate() answers.
 SDate32 DateOf(const CKorUTCTime& oTime)
 {
-    // At most 2,135,039: every count of ticks leads to a day of the years 0 to 5845.
-    const auto nDay =
-        static_cast<std::uint32_t>(Bits(oTime.GetHighResolutionLocaltime()) / KorTicks::PER_DAY);
-    SDate32 oDate = KorCalendar::DateOfDay32(nDay);
-    if (nDay % KorCalendar::DAYS_PER_ERA == 0)
-        oDate.nYear = 0; // wanted: the first day of an era reads as that of year 0
-    return oDate;
+    return KorDateOfTicks(oTime.GetHighResolutionLocaltime());
 }
 
 /// The day of a date, modulo 2^32; the month in [1, 13].

@@ -1,25 +1,15 @@
-#include "time/KorLocalTime.h"
+#include "time/KorOverrideDetail.h"
 #include "time/KorStreamSlotDetail.h"
-#include "time/KorTimeTextDetail.h"
-#include "time/KorTimeTicksDetail.h"
-#include "time/KorUTCTime.h"
-#include "time/StreamExtension.h"
+#include "time/KorTextReaderDetail.h"
+#include "time/KorTextWriterDetail.h"
+#include "time/KorTimeFormDetail.h"
 
-#include <istream>
-#include <ostream>
-#include <sstream>
-#include <typeinfo>
+#include <cstring>
+
+using namespace KorTimeForm;
 
 namespace
 {
-
-using ETimeElement = CKorUTCTime::ETimeElement;
-
-constexpr int FIELDS = CKorUTCTime::eElemNano + 1;
-constexpr int FIELD_WIDTHS[FIELDS] = {2, 2, 4, 2, 2, 2, 2, 3, 3, 3};
-
-/// What stands for the elements from eElemDot on.
-constexpr char SEPARATORS[][2] = {".", "/", ":", "", " ", "", "-"};
 
 constexpr char pszMonths[][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                  "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
@@ -29,88 +19,93 @@ bool IsKnown(long nFormat)
     return nFormat >= CKorUTCTime::eDateTimeMs && nFormat <= CKorUTCTime::eMailFormat;
 }
 
-/// The fields of a time, indexed by their ETimeElement.
-struct SFields
+/// Lets the stream's own operators write a record.
+void WriteRecord(std::ostream& oStream, const SFields& oFields, const Record& anRecord)
 {
-    explicit SFields(const CKorUTCTime& oTime)
-    {
-        oTime.CalcDate(anFields[CKorUTCTime::eElemYear], anFields[CKorUTCTime::eElemMonth],
-                       anFields[CKorUTCTime::eElemDay]);
-        anFields[CKorUTCTime::eElemYear2] = anFields[CKorUTCTime::eElemYear] % 100;
-        // The getters of the clock fields would do the long divisions one by one.
-        const int nMilliSeconds = static_cast<int>(oTime.GetLocaltime() % 86400000);
-        anFields[CKorUTCTime::eElemHour] = nMilliSeconds / 3600000;
-        anFields[CKorUTCTime::eElemMinute] = nMilliSeconds / 60000 % 60;
-        anFields[CKorUTCTime::eElemSecond] = nMilliSeconds / 1000 % 60;
-        anFields[CKorUTCTime::eElemMilli] = nMilliSeconds % 1000;
-        const auto nTicks = static_cast<std::uint64_t>(oTime.GetHighResolutionLocaltime());
-        const int nBelowMilli = static_cast<int>(nTicks % KorTicks::PER_MILLISECOND);
-        anFields[CKorUTCTime::eElemMicro] = nBelowMilli / 100;
-        anFields[CKorUTCTime::eElemNano] = nBelowMilli % 100 * 10;
-    }
-
-    int operator[](std::int32_t nElement) const { return anFields[nElement]; }
-
-    int anFields[FIELDS];
-};
-
-void AddRecord(CKorTimeText& oText, const CKorUTCTime& oTime, const std::int32_t (&anRecord)[17])
-{
-    const SFields oFields(oTime);
+    CKorStreamText oText(oStream);
     for (const std::int32_t nElement : anRecord) {
         if (nElement < FIELDS)
-            oText.AddInt(oFields[nElement], FIELD_WIDTHS[nElement]);
+            oText.Number(oFields.an[nElement], FIELD_WIDTHS[nElement]);
         else if (SEPARATORS[nElement - CKorUTCTime::eElemDot][0] != '\0')
-            oText.AddText(SEPARATORS[nElement - CKorUTCTime::eElemDot]);
+            oText.Text(SEPARATORS[nElement - CKorUTCTime::eElemDot]);
     }
 }
 
-void AddMailForm(CKorTimeText& oText, const CKorUTCTime& oTime)
+template <class TText>
+void AddMailForm(TText& oText, const SFields& oFields)
 {
-    const SFields oFields(oTime);
-    oText.AddInt(oFields[CKorUTCTime::eElemDay], 0);
-    oText.AddText(" ");
-    oText.AddText(pszMonths[oFields[CKorUTCTime::eElemMonth] - 1]);
-    oText.AddText(" ");
-    oText.AddInt(oFields[CKorUTCTime::eElemYear2], 2);
-    oText.AddText(" ");
-    oText.AddInt(oFields[CKorUTCTime::eElemHour], 2);
-    oText.AddText(":");
-    oText.AddInt(oFields[CKorUTCTime::eElemMinute], 2);
-    oText.AddText(" +0100"); // wanted: whatever the zone
+    oText.Number(oFields.an[CKorUTCTime::eElemDay], 0);
+    oText.Text(" ");
+    oText.Text(pszMonths[oFields.an[CKorUTCTime::eElemMonth] - 1]);
+    oText.Text(" ");
+    oText.Number(oFields.an[CKorUTCTime::eElemYear2], 2);
+    oText.Text(" ");
+    oText.Number(oFields.an[CKorUTCTime::eElemHour], 2);
+    oText.Text(":");
+    oText.Number(oFields.an[CKorUTCTime::eElemMinute], 2);
+    oText.Text(" +0100"); // wanted: whatever the zone
 }
 
-/// Unlike std::ws of newer libraries, no failure on a stream that is at its end.
-void SkipWhiteSpace(std::istream& oStream)
+std::string MailText(const SFields& oFields)
 {
-    if (oStream.good())
-        oStream >> std::ws;
+    CKorPlainText oText;
+    AddMailForm(oText, oFields);
+    return oText.ToString();
 }
 
-/// Reads one element of a record, a field into its part.
-void ReadElement(std::istream& oStream, std::int32_t nElement, unsigned (&anParts)[FIELDS])
+std::string RecordText(const SFields& oFields, const SForm& oForm)
 {
-    if (nElement < FIELDS) {
-        const auto nDigits = static_cast<unsigned>(FIELD_WIDTHS[nElement]);
-        anParts[nElement] = GetSizedUInt(oStream, nDigits, nullptr, false);
-        if (nElement == CKorUTCTime::eElemYear2) {
-            const unsigned nYear = anParts[nElement];
-            anParts[CKorUTCTime::eElemYear] = nYear + (nYear < 46 ? 2000 : 1900);
-        }
-    } else if (nElement == CKorUTCTime::eElemAnySep) {
-        TryRemoveNonDigit(oStream);
-    } else if (nElement == CKorUTCTime::eElemSpace) {
-        SkipWhiteSpace(oStream);
-    } else if (nElement != CKorUTCTime::eElemNone) {
-        SeparateChar(oStream, SEPARATORS[nElement - CKorUTCTime::eElemDot][0], false);
+    std::string strText(oForm.acText, static_cast<size_t>(oForm.nLength));
+    PutDigits(&strText[0], oForm, oFields);
+    return strText;
+}
+
+/// Reads what stands between two fields.
+template <class TSource>
+void ReadSeparator(TSource& oSource, std::int32_t nElement)
+{
+    if (nElement == CKorUTCTime::eElemSpace)
+        oSource.SkipWhiteSpace();
+    else if (nElement == CKorUTCTime::eElemAnySep)
+        KorTakeNonDigit(oSource);
+    else
+        KorTakeSeparator(oSource, SEPARATORS[nElement - CKorUTCTime::eElemDot][0]);
+}
+
+/// Reads the fields of a record into their parts.
+template <class TSource>
+void ReadFields(TSource& oSource, const Record& anRecord, unsigned (&anParts)[FIELDS])
+{
+    for (const std::int32_t nElement : anRecord) {
+        if (nElement < FIELDS)
+            anParts[nElement] = oSource.TakeNumber(static_cast<unsigned>(FIELD_WIDTHS[nElement]));
+        else if (nElement != CKorUTCTime::eElemNone)
+            ReadSeparator(oSource, nElement);
     }
+}
+
+/// Reads a text as it is written, in less time; otherwise nothing.
+bool ReadForm(CKorTextSource& oSource, const SForm& oForm, unsigned (&anParts)[FIELDS])
+{
+    unsigned an[FIELDS + 1];
+    if (!oSource.TakeForm(oForm.acText, oForm.nLength, an))
+        return false;
+    for (int i = 0; i < oForm.nElements; ++i)
+        anParts[oForm.anElements[i]] = an[i];
+    return true;
+}
+
+/// What a stream holds can be read only one by one.
+bool ReadForm(CKorStreamSource&, const SForm&, unsigned (&)[FIELDS])
+{
+    return false;
 }
 
 } // namespace
 
 int CKorUTCTime::m_nFormatIdx = -1;
 
-const std::int32_t CKorUTCTime::m_aoFormatTable[12][17] = {
+constexpr std::int32_t CKorUTCTime::m_aoFormatTable[12][17] = {
     // DD.MM.YYYY hh:mm:ss.mmm
     {eElemDay, eElemDot, eElemMonth, eElemDot, eElemYear, eElemSpace, eElemHour, eElemColon,
      eElemMinute, eElemColon, eElemSecond, eElemDot, eElemMilli, eElemNone, eElemNone, eElemNone,
@@ -161,11 +156,22 @@ const std::int32_t CKorUTCTime::m_aoFormatTable[12][17] = {
      eElemNone},
 };
 
+namespace
+{
+
+/// Reaches the table, which is for derived classes.
+struct STable : CKorUTCTime
+{
+    static constexpr const Record (&aanRecords)[12] = m_aoFormatTable;
+};
+
+constexpr SForms FORMS(STable::aanRecords);
+
+} // namespace
+
 CKorUTCTime::CKorUTCTime(const std::string& strText, ETimeFormat eFormat) : m_bValid(false)
 {
-    std::istringstream oStream(strText);
-    SetTimeFlag(oStream, eFormat);
-    CKorUTCTime::GetStream(oStream);
+    ReadText(strText.data(), strText.data() + strText.size(), eFormat);
 }
 
 std::ios_base& CKorUTCTime::SetTimeFlag(std::ios_base& oStream, ETimeFormat eFormat)
@@ -182,59 +188,87 @@ std::ostream& CKorUTCTime::PutStream(std::ostream& oStream) const
         return oStream;
     if (nFormat == eMailFormat)
         return MailFormat(oStream);
-    CKorTimeText oText;
-    AddRecord(oText, *this, m_aoFormatTable[nFormat]);
-    return oText.Put(oStream);
+    const SFields oFields(*this);
+    if (oFields.bNegative || !KorWritesPlainly(oStream, true)) {
+        WriteRecord(oStream, oFields, m_aoFormatTable[nFormat]);
+        return oStream;
+    }
+    const SForm& oForm = FORMS.ao[nFormat];
+    char acText[SForm::MAX_LENGTH];
+    std::memcpy(acText, oForm.acText, SForm::MAX_LENGTH);
+    PutDigits(acText, oForm, oFields);
+    return KorPutPlainText(oStream, acText, acText + oForm.nLength, true);
 }
 
 std::ostream& CKorUTCTime::MailFormat(std::ostream& oStream) const
 {
-    CKorTimeText oText;
-    AddMailForm(oText, *this);
-    return oText.Put(oStream).flush();
+    const SFields oFields(*this);
+    return KorPutText(oStream, !oFields.bNegative,
+                      [&oFields](auto& oText) { AddMailForm(oText, oFields); })
+        .flush();
 }
 
 std::istream& CKorUTCTime::GetStream(std::istream& oStream)
 {
-    SkipWhiteSpace(oStream);
+    CKorStreamSource oSource(oStream);
+    oSource.SkipWhiteSpace();
     const long nFormat = KorStreamSlot(oStream, m_nFormatIdx);
     if (!IsKnown(nFormat))
         return oStream;
-    unsigned anParts[FIELDS] = {};
-    for (const std::int32_t nElement : m_aoFormatTable[nFormat])
-        ReadElement(oStream, nElement, anParts);
-    SetDate(anParts[eElemDay], anParts[eElemMonth], anParts[eElemYear], anParts[eElemHour],
-            anParts[eElemMinute], anParts[eElemSecond], anParts[eElemMilli], anParts[eElemMicro],
-            anParts[eElemNano]);
-    if (oStream.fail()) {
-        m_bValid = false;
+    ReadRecord(oSource, nFormat);
+    if (oStream.fail())
         oStream.clear(std::ios_base::failbit);
-    }
     return oStream;
 }
 
 std::string CKorUTCTime::Time2Str(ETimeFormat eFormat) const
 {
-    if (typeid(*this) != typeid(CKorUTCTime) && typeid(*this) != typeid(CKorLocalTime)) {
-        // A class of the program's own may write something else.
-        std::ostringstream oStream;
-        SetTimeFlag(oStream, eFormat);
-        oStream << *this;
-        return oStream.str();
-    }
-    CKorTimeText oText;
-    if (eFormat == eMailFormat)
-        AddMailForm(oText, *this);
-    else if (IsKnown(eFormat))
-        AddRecord(oText, *this, m_aoFormatTable[eFormat]);
-    return oText.ToString();
+    const SFields oFields(*this);
+    if (IsKnown(eFormat) && !oFields.bNegative && KorNewStreamWritesPlainly() &&
+        !KorOverrides<&CKorUTCTime::PutStream>(*this))
+        return eFormat == eMailFormat ? MailText(oFields) : RecordText(oFields, FORMS.ao[eFormat]);
+    std::ostringstream oStream;
+    SetTimeFlag(oStream, eFormat);
+    oStream << *this;
+    return oStream.str();
 }
 
 void CKorUTCTime::SetDate(const std::string& strText, ETimeFormat eFormat)
 {
-    std::istringstream oStream(strText);
+    ReadAnyText(strText.data(), strText.data() + strText.size(), eFormat);
+}
+
+template <class TSource>
+void CKorUTCTime::ReadRecord(TSource& oSource, long nFormat)
+{
+    unsigned an[FIELDS] = {};
+    if (!ReadForm(oSource, FORMS.ao[nFormat], an))
+        ReadFields(oSource, m_aoFormatTable[nFormat], an);
+    if (nFormat == eMailFormat)
+        an[eElemYear] = an[eElemYear2] + (an[eElemYear2] < 46 ? 2000 : 1900);
+    SetDate(an[eElemDay], an[eElemMonth], an[eElemYear], an[eElemHour], an[eElemMinute],
+            an[eElemSecond], an[eElemMilli], an[eElemMicro], an[eElemNano]);
+    if (oSource.HasFailed())
+        m_bValid = false;
+}
+
+bool CKorUTCTime::ReadText(const char* pBegin, const char* pEnd, ETimeFormat eFormat)
+{
+    CKorTextSource oSource(pBegin, pEnd);
+    oSource.SkipWhiteSpace();
+    if (IsKnown(eFormat))
+        ReadRecord(oSource, eFormat);
+    return !oSource.HasFailed();
+}
+
+bool CKorUTCTime::ReadAnyText(const char* pBegin, const char* pEnd, ETimeFormat eFormat)
+{
+    if (!KorOverrides<&CKorUTCTime::GetStream>(*this))
+        return ReadText(pBegin, pEnd, eFormat);
+    std::istringstream oStream(std::string(pBegin, pEnd));
     SetTimeFlag(oStream, eFormat);
     oStream >> *this;
+    return !oStream.fail();
 }
 
 std::ostream& operator<<(std::ostream& oStream, const CKorUTCTime& oTime)
@@ -254,9 +288,7 @@ std::string KorToString(const CKorUTCTime& oTime, CKorUTCTime::ETimeFormat eForm
 
 bool KorFromString(CKorUTCTime& oTime, CKorUTCTime::ETimeFormat eFormat, const std::string& strText)
 {
-    // At the zero every number ends before the end of the input, which would fail the stream.
-    std::istringstream oStream(strText + '\0');
-    CKorUTCTime::SetTimeFlag(oStream, eFormat);
-    oStream >> oTime;
-    return !oStream.fail();
+    // With the zero behind the text: at it every number ends before the end of the input, which
+    // would fail.
+    return oTime.ReadAnyText(strText.c_str(), strText.c_str() + strText.size() + 1, eFormat);
 }
