@@ -1,13 +1,13 @@
 // Prints what the file system knows about a file, and a dump of its first and last lines.
 //
-// Shows CKorFile, CKorFileStatus and KorMemDump, and how a derived class reports why it failed.
+// Shows CKorOptionParser, CKorFile, CKorFileStatus and KorMemDump, and how a derived class reports why it failed.
 
+#include "app/KorOptionParser.h"
 #include "fs/KorFile.h"
 #include "fs/KorFileStatus.h"
 #include "text/KorMemDump.h"
 
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <iostream>
 #include <string>
@@ -16,9 +16,6 @@
 namespace
 {
 
-constexpr char USAGE[] =
-    "usage: filestat.bin FILE [HEAD [TAIL]]\n"
-    "Prints the status of FILE and a dump of its first HEAD and last TAIL lines (8 and 8).\n";
 constexpr size_t MOST_BYTES = 0x1000000;
 
 /// CKorFile keeps the cause of a failure for classes derived from it; this one tells it.
@@ -34,13 +31,6 @@ int Fail(const char* pszPath, const char* pszReason)
 {
     std::cerr << "filestat: " << pszPath << ": " << pszReason << '\n';
     return 1;
-}
-
-bool ParseCount(const std::string& strText, unsigned int& nCount)
-{
-    const char* const pszEnd = strText.data() + strText.size();
-    const auto [pszRest, eError] = std::from_chars(strText.data(), pszEnd, nCount);
-    return eError == std::errc() && pszRest == pszEnd;
 }
 
 /// The times of a status are stamps: 10 us for each second since 1970, wrapped to 32 bits. Another
@@ -85,21 +75,9 @@ int DumpFile(const char* pszPath, unsigned int nHead, unsigned int nTail)
     return 0;
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int Report(const char* pszPath, unsigned int nHead, unsigned int nTail)
 {
-    unsigned int nHead = 8;
-    unsigned int nTail = 8;
-    const bool bHelp = argc == 2 && std::strcmp(argv[1], "--help") == 0;
-    if (bHelp || argc < 2 || argc > 4 || (argc > 2 && !ParseCount(argv[2], nHead)) ||
-        (argc > 3 && !ParseCount(argv[3], nTail))) {
-        (bHelp ? std::cout : std::cerr) << USAGE;
-        return bHelp ? 0 : 2;
-    }
-
     // Asked first, for GetStatus tells no failure: a missing file gives a record of zeros.
-    const char* const pszPath = argv[1];
     if (!CKorFile::FileExist(pszPath))
         return Fail(pszPath, std::strerror(errno));
     CKorFileStatus oStatus;
@@ -109,4 +87,24 @@ int main(int argc, char** argv)
 
     const int nResult = S_ISREG(oStatus.m_nAttribute) ? DumpFile(pszPath, nHead, nTail) : 0;
     return std::cout.flush() ? nResult : Fail("standard output", std::strerror(errno));
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::string strPath;
+    unsigned int nHead = 8;
+    unsigned int nTail = 8;
+    CKorOptionParser oParser({"filestat", FILESTAT_VERSION, "Quentor GmbH", "File status and dump",
+                              "www.quentor.example", nullptr});
+    oParser.AddArgument("FILE", strPath, "the file whose status and lines are printed");
+    oParser.AddArgument("HEAD", nHead, "number of first lines in the dump (8)", false);
+    oParser.AddArgument("TAIL", nTail, "number of last lines in the dump (8)", false);
+    const CKorOptionParser::EResult eResult = oParser.Parse(argc, argv);
+    if (eResult == CKorOptionParser::PARSE_OK)
+        return Report(strPath.c_str(), nHead, nTail);
+    const bool bWrong = eResult == CKorOptionParser::PARSE_WRONG;
+    (bWrong ? std::cerr : std::cout) << oParser.GetText();
+    return bWrong ? 2 : 0;
 }

@@ -135,9 +135,10 @@ TEST_F(Filestat10Lines, ReportsAnOutputThatCannotBeWritten)
     EXPECT_EQ("filestat: standard output: No space left on device\n", oResult.strErr);
 }
 
-TEST_F(Filestat10Lines, PrintsItsUsageForWrongArguments)
+TEST_F(Filestat10Lines, RefusesWrongArguments)
 {
     const std::vector<std::vector<std::string>> vecWrong = {{},
+                                                            {"-x", m_strPath},
                                                             {m_strPath, "x"},
                                                             {m_strPath, "-1"},
                                                             {m_strPath, "1x"},
@@ -149,16 +150,27 @@ TEST_F(Filestat10Lines, PrintsItsUsageForWrongArguments)
         const ChildResult oResult = Filestat(vecArgs);
         EXPECT_EQ(2, oResult.nExitStatus);
         EXPECT_EQ("", oResult.strOut);
-        EXPECT_EQ(0u, oResult.strErr.find("usage: filestat.bin FILE [HEAD [TAIL]]\n"));
+        EXPECT_EQ(0u, oResult.strErr.find("filestat: ")) << oResult.strErr;
     }
 }
 
-TEST_F(Filestat10Lines, PrintsItsUsageWhenAskedForHelp)
+TEST_F(Filestat10Lines, PrintsItsHelpAndItsVersionWhenAsked)
 {
-    const ChildResult oResult = Filestat({"--help"});
-    EXPECT_EQ(0, oResult.nExitStatus);
-    EXPECT_EQ("", oResult.strErr);
-    EXPECT_EQ(0u, oResult.strOut.find("usage: filestat.bin FILE [HEAD [TAIL]]\n"));
+    for (const char* pszOption : {"-h", "--help", "--version"}) {
+        const ChildResult oResult = Filestat({pszOption});
+        EXPECT_EQ(0, oResult.nExitStatus);
+        EXPECT_EQ("", oResult.strErr);
+        EXPECT_NE("", oResult.strOut);
+    }
+    EXPECT_NE(std::string::npos, Filestat({"-h"}).strOut.find("FILE [HEAD] [TAIL]"));
+    EXPECT_EQ(0u, Filestat({"--version"}).strOut.find("File status and dump, Version "));
+}
+
+TEST_F(Filestat10Lines, TakesAFileThatLooksLikeAnOptionBehindTwoDashes)
+{
+    const ChildResult oResult = Filestat({"--", "-h"});
+    EXPECT_EQ(1, oResult.nExitStatus);
+    EXPECT_EQ("filestat: -h: No such file or directory\n", oResult.strErr);
 }
 
 } // namespace
