@@ -209,3 +209,20 @@ TARVO_EXT_API std::string KorToString(const CKorTimeDiff& oSpan, CKorTimeDiff::E
 /// @return false when a separator or the number of a total is missing
 TARVO_EXT_API bool KorFromString(CKorTimeDiff& oSpan, CKorTimeDiff::EDiffFormat eFormat,
                                  const std::string& strText);
+
+namespace std
+{
+
+/// Hash of a span, for unordered containers.
+template <>
+struct hash<CKorTimeDiff>
+{
+    /// Equal for equal spans.
+    std::size_t operator()(const CKorTimeDiff& oSpan) const
+    {
+        const auto nBits = static_cast<std::uint64_t>(oSpan.GetTotalNanoSeconds());
+        return static_cast<std::size_t>(nBits ^ nBits >> 32); // both halves, on 32-bit boards too
+    }
+};
+
+} // namespace std

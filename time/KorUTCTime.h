@@ -321,3 +321,22 @@ TARVO_EXT_API std::string KorToString(const CKorUTCTime& oTime, CKorUTCTime::ETi
 /// @return always true: whether the text made sense shows in CKorUTCTime::IsTimeValid()
 TARVO_EXT_API bool KorFromString(CKorUTCTime& oTime, CKorUTCTime::ETimeFormat eFormat,
                                  const std::string& strText);
+
+namespace std
+{
+
+/// Hash of an instant, for unordered containers. There is none for CKorLocalTime: its equality
+/// compares clocks.
+template <>
+struct hash<CKorUTCTime>
+{
+    /// Equal for equal instants, whatever the valid flags and the clock of a derived class say.
+    std::size_t operator()(const CKorUTCTime& oTime) const
+    {
+        const auto nBits =
+            static_cast<std::uint64_t>(oTime.CKorUTCTime::GetHighResolutionLocaltime());
+        return static_cast<std::size_t>(nBits ^ nBits >> 32); // both halves, on 32-bit boards too
+    }
+};
+
+} // namespace std
