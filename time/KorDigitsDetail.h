@@ -89,6 +89,20 @@ public:
     {
         return KorDigits::TakeDigits(*this, nMaxDigits, nNumber);
     }
+    /// Reads exactly two digits, quicker than TakeDigits().
+    /// @return whether there were two; nothing is read when not
+    bool TakeTwo(std::uint32_t& nNumber)
+    {
+        if (m_pEnd - m_pNext < 2)
+            return false;
+        const std::uint32_t nTens = static_cast<unsigned char>(m_pNext[0]) - std::uint32_t{'0'};
+        const std::uint32_t nOnes = static_cast<unsigned char>(m_pNext[1]) - std::uint32_t{'0'};
+        if (nTens > 9 || nOnes > 9)
+            return false;
+        nNumber = nTens * 10 + nOnes;
+        m_pNext += 2;
+        return true;
+    }
 
 private:
     const char* m_pNext;

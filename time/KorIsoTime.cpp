@@ -14,7 +14,6 @@ namespace
 {
 
 constexpr int MAX_OFFSET = 23 * 60 + 59;
-constexpr std::int64_t DAYS_TO_10000 = KorCalendar::DayOfDate(10000, 1, 1);
 
 char* PutDate(char* pEnd, std::uint32_t nDay)
 {
@@ -78,7 +77,7 @@ public:
 private:
     bool TakePart(std::uint32_t nMax, std::uint32_t& nPart)
     {
-        return m_oText.TakeDigits(2, nPart) == 2 && nPart <= nMax;
+        return m_oText.TakeTwo(nPart) && nPart <= nMax;
     }
     bool TakeDate();
     bool TakeWeek();
@@ -111,8 +110,10 @@ bool CIsoReader::Read()
 
 bool CIsoReader::TakeDate()
 {
-    if (m_oText.TakeDigits(4, m_nYear) != 4)
+    std::uint32_t nCentury = 0;
+    if (!m_oText.TakeTwo(nCentury) || !m_oText.TakeTwo(m_nYear))
         return false;
+    m_nYear += 100 * nCentury;
     m_bExtended = m_oText.Take('-');
     if (m_oText.Take('W'))
         return TakeWeek();
@@ -150,7 +151,8 @@ bool CIsoReader::SetMonthAndDay(std::uint32_t nMonth, std::uint32_t nDay)
     if (nMonth < 1 || nMonth > KorCalendar::MONTHS_PER_YEAR || nDay < 1 ||
         static_cast<int>(nDay) > KorCalendar::DaysOfMonth(nMonthOfYear, bLeapYear))
         return false;
-    m_nDay = KorCalendar::DayOfDate(m_nYear, nMonthOfYear, static_cast<int>(nDay));
+    m_nDay = std::int64_t{KorCalendar::DayOfYearStart(m_nYear)} +
+             KorCalendar::DaysBeforeMonth(nMonthOfYear, bLeapYear) + nDay - 1;
     return true;
 }
 
@@ -217,8 +219,8 @@ std::string KorToIsoString(const CKorUTCTime& oTime, int nOffsetMinutes, unsigne
 {
     constexpr std::size_t MAX_LENGTH = sizeof "2024-03-05T14:07:09.123456789+05:30";
     const auto oClock = KorInstant::ClockAt(KorInstant::TicksOf(oTime), nOffsetMinutes);
-    if (oClock.nDay < 0 || oClock.nDay >= DAYS_TO_10000 || nOffsetMinutes < -MAX_OFFSET ||
-        nOffsetMinutes > MAX_OFFSET)
+    // No count of ticks reaches the year 10000.
+    if (oClock.nDay < 0 || nOffsetMinutes < -MAX_OFFSET || nOffsetMinutes > MAX_OFFSET)
         return {};
     char aText[MAX_LENGTH];
     const auto nSecond = static_cast<std::uint32_t>(oClock.nSecond);

@@ -12,7 +12,6 @@ using KorInstant::SECONDS_PER_DAY;
 namespace
 {
 
-constexpr std::int64_t DAYS_TO_10000 = KorCalendar::DayOfDate(10000, 1, 1);
 constexpr int MAX_OFFSET = 99 * 60 + 59;
 
 constexpr std::size_t NAME_LENGTH = 3;
@@ -33,6 +32,21 @@ char* PutTwoAnd(char* pEnd, int nNumber, char c)
     pEnd = KorDigits::PutTwo(pEnd, static_cast<std::uint32_t>(nNumber));
     *pEnd = c;
     return pEnd + 1;
+}
+
+/// Writes weekday and date of a day, with a blank behind them.
+char* PutDate(char* pEnd, std::int64_t nDay)
+{
+    const auto oDate = KorCalendar::DateOfDay32(static_cast<std::uint32_t>(nDay));
+    pEnd = PutName(pEnd, WEEKDAYS, KorCalendar::IsoWeekday(nDay));
+    *pEnd++ = ',';
+    *pEnd++ = ' ';
+    pEnd = PutTwoAnd(pEnd, oDate.nDay, ' ');
+    pEnd = PutName(pEnd, MONTHS, oDate.nMonth);
+    *pEnd++ = ' ';
+    pEnd = KorDigits::PutFour(pEnd, static_cast<std::uint32_t>(oDate.nYear));
+    *pEnd++ = ' ';
+    return pEnd;
 }
 
 /// The number of a name among names of three letters, counted from 1; 0 when it is none of them.
@@ -116,7 +130,7 @@ public:
 private:
     bool TakePart(std::uint32_t nMax, std::uint32_t& nPart)
     {
-        return TakeGap(m_oText) && m_oText.TakeDigits(2, nPart) == 2 && nPart <= nMax;
+        return TakeGap(m_oText) && m_oText.TakeTwo(nPart) && nPart <= nMax;
     }
     bool TakeWeekday();
     bool TakeDate();
@@ -206,8 +220,8 @@ bool CMailReader::TakeNumericZone()
     const bool bNegative = m_oText.Peek() == '-';
     std::uint32_t nHours = 0;
     std::uint32_t nMinutes = 0;
-    if (!(m_oText.Take('+') || m_oText.Take('-')) || m_oText.TakeDigits(2, nHours) != 2 ||
-        m_oText.TakeDigits(2, nMinutes) != 2 || nMinutes > 59)
+    if (!(m_oText.Take('+') || m_oText.Take('-')) || !m_oText.TakeTwo(nHours) ||
+        !m_oText.TakeTwo(nMinutes) || nMinutes > 59)
         return false;
     const auto nOffset = static_cast<int>(nHours * 60 + nMinutes);
     m_nOffset = bNegative ? -nOffset : nOffset;
@@ -226,26 +240,17 @@ std::string KorToMailDate(const CKorUTCTime& oTime, int nOffsetMinutes)
 {
     constexpr std::size_t MAX_LENGTH = sizeof "Tue, 05 Mar 2024 19:37:09 +0530";
     const auto oClock = KorInstant::ClockAt(KorInstant::TicksOf(oTime), nOffsetMinutes);
-    if (oClock.nDay < 0 || oClock.nDay >= DAYS_TO_10000 || nOffsetMinutes < -MAX_OFFSET ||
-        nOffsetMinutes > MAX_OFFSET)
+    // No count of ticks reaches the year 10000.
+    if (oClock.nDay < 0 || nOffsetMinutes < -MAX_OFFSET || nOffsetMinutes > MAX_OFFSET)
         return {};
-    const auto oDate = KorCalendar::DateOfDay32(static_cast<std::uint32_t>(oClock.nDay));
-    const int nMinutes = std::abs(nOffsetMinutes);
     char aText[MAX_LENGTH];
-    char* pEnd = PutName(aText, WEEKDAYS, KorCalendar::IsoWeekday(oClock.nDay));
-    *pEnd++ = ',';
-    *pEnd++ = ' ';
-    pEnd = PutTwoAnd(pEnd, oDate.nDay, ' ');
-    pEnd = PutName(pEnd, MONTHS, oDate.nMonth);
-    *pEnd++ = ' ';
-    pEnd = KorDigits::PutFour(pEnd, static_cast<std::uint32_t>(oDate.nYear));
-    *pEnd++ = ' ';
+    char* pEnd = PutDate(aText, oClock.nDay);
     pEnd = PutTwoAnd(pEnd, oClock.nSecond / 3600, ':');
     pEnd = PutTwoAnd(pEnd, oClock.nSecond / 60 % 60, ':');
     pEnd = PutTwoAnd(pEnd, oClock.nSecond % 60, ' ');
     *pEnd++ = nOffsetMinutes < 0 ? '-' : '+';
-    pEnd =
-        KorDigits::PutFour(pEnd, static_cast<std::uint32_t>(nMinutes / 60 * 100 + nMinutes % 60));
+    const auto nMinutes = static_cast<std::uint32_t>(std::abs(nOffsetMinutes));
+    pEnd = KorDigits::PutFour(pEnd, nMinutes / 60 * 100 + nMinutes % 60);
     return std::string(aText, pEnd);
 }
 

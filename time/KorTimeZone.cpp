@@ -26,8 +26,9 @@ bool ReadingOf(int nYear, int nMonth, int nDay, int nHour, int nMinute, int nSec
 
 const SKorZoneType& TypeAt(const KorZonePointer& pData, const CKorUTCTime& oTime)
 {
-    static const SKorZoneType oUtc = {0, false, "UTC"};
-    return pData != nullptr ? pData->TypeAt(KorInstant::UnixSecondsOf(oTime)) : oUtc;
+    // Never destroyed: other objects' destructors may still ask.
+    static const SKorZoneType& roUtc = *new SKorZoneType{0, false, "UTC"};
+    return pData != nullptr ? pData->TypeAt(KorInstant::UnixSecondsOf(oTime)) : roUtc;
 }
 
 } // namespace
