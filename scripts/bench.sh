@@ -4,7 +4,7 @@
 #   --benchmark_filter=Time2Str, --benchmark_list_tests
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-need_packages g++ cmake ninja-build libbenchmark-dev libhowardhinnant-date-dev \
+need_packages g++ cmake ninja-build libbenchmark-dev libabsl-dev libhowardhinnant-date-dev \
   libglib2.0-dev libserialport-dev libuv1-dev pkgconf bsdextrautils xxd
 need_cmake
 step "Building the benchmarks"
