@@ -133,7 +133,7 @@ bool CKorSpawn::SetUp(int hReport) const
     if (m_bErrorToOutput && dup2(STDOUT_FILENO, STDERR_FILENO) == -1)
         return false;
     KorCloseAllBut(hReport);
-    if (!m_strWorkDir.empty() && chdir(m_strWorkDir.c_str()) != 0)
+    if (*m_pszWorkDir != '\0' && chdir(m_pszWorkDir) != 0)
         return false;
     ResetSignals();
     return true;
@@ -145,7 +145,7 @@ void CKorSpawn::Execute() const
 {
     bool bForbidden = false;
     for (const std::string& strProgram : m_vecPrograms) {
-        execve(strProgram.c_str(), m_vecArgumentPointers.data(), m_vecEnvironmentPointers.data());
+        execve(strProgram.c_str(), m_vecArguments.data(), m_vecEnvironment.data());
         bForbidden = bForbidden || errno == EACCES;
         if (errno != EACCES && errno != ENOENT && errno != ENOTDIR)
             return;

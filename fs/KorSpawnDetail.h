@@ -11,7 +11,7 @@ struct SKorChildOptions;
 class CKorSpawn
 {
 public:
-    /// Copies what was asked for. @return false with `EINVAL` for what makes no sense
+    /// Takes what was asked for, which stays the caller's until Run() has returned. @return false with `EINVAL` for what makes no sense
     bool Prepare(const std::vector<std::string>& vecArguments, const SKorChildOptions& oOptions);
 
     /// Has the child take a descriptor of the parent, 3 or greater, as its standard stream.
@@ -23,6 +23,7 @@ public:
 private:
     static constexpr int INHERITED = -1;
 
+    bool PrepareArguments(const std::vector<std::string>& vecArguments);
     bool PrepareEnvironment(const SKorChildOptions& oOptions);
     void PreparePrograms(const std::string& strProgram);
     pid_t Fork(int hReport);
@@ -31,11 +32,9 @@ private:
     void Execute() const;
 
     std::vector<std::string> m_vecPrograms; ///< Names to try one after the other.
-    std::vector<std::string> m_vecArguments;
-    std::vector<std::string> m_vecEnvironment;
-    std::vector<char*> m_vecArgumentPointers;
-    std::vector<char*> m_vecEnvironmentPointers;
-    std::string m_strWorkDir;
+    std::vector<char*> m_vecArguments;      ///< With a null pointer at the end, as the next.
+    std::vector<char*> m_vecEnvironment;
+    const char* m_pszWorkDir = "";
     int m_anStreams[3] = {INHERITED, INHERITED, INHERITED};
     bool m_bErrorToOutput = false;
     bool m_bNewGroup = false;

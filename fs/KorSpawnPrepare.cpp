@@ -11,8 +11,8 @@ namespace
 {
 
 /// By these a service manager talks to the process that it started itself.
-constexpr const char* MANAGER_VARIABLES[] = {"NOTIFY_SOCKET", "WATCHDOG_USEC", "WATCHDOG_PID",
-                                             "LISTEN_PID",    "LISTEN_FDS",    "LISTEN_FDNAMES"};
+constexpr const char* MANAGER_VARIABLES[] = {"NOTIFY_SOCKET=", "WATCHDOG_USEC=", "WATCHDOG_PID=",
+                                             "LISTEN_PID=",    "LISTEN_FDS=",    "LISTEN_FDNAMES="};
 
 constexpr const char* DEFAULT_PATH = "/bin:/usr/bin";
 
@@ -21,45 +21,23 @@ bool HoldsZero(const std::string& strText)
     return strText.find('\0') != std::string::npos;
 }
 
-bool AnyHoldsZero(const std::vector<std::string>& vecTexts)
+bool IsOfManager(const char* pszEntry)
 {
-    return std::any_of(vecTexts.begin(), vecTexts.end(), HoldsZero);
+    return std::any_of(std::begin(MANAGER_VARIABLES), std::end(MANAGER_VARIABLES),
+                       [pszEntry](const char* pszName) {
+                           return std::strncmp(pszEntry, pszName, std::strlen(pszName)) == 0;
+                       });
 }
 
-/// The name of an environment entry with its "=".
-std::string NameOf(const std::string& strEntry)
+/// Whether one of the entries from a place on has the name of this one.
+bool IsReplaced(const char* pszEntry, const std::vector<std::string>& vecEntries, size_t nFrom)
 {
-    return strEntry.substr(0, strEntry.find('=') + 1);
-}
-
-bool IsOfManager(const std::string& strEntry)
-{
-    return std::any_of(
-        std::begin(MANAGER_VARIABLES), std::end(MANAGER_VARIABLES),
-        [&](const char* pszName) { return NameOf(strEntry) == std::string(pszName) + '='; });
-}
-
-void SetEntry(std::vector<std::string>& vecEnvironment, const std::string& strEntry)
-{
-    const std::string strName = NameOf(strEntry);
-    const auto itOld =
-        std::find_if(vecEnvironment.begin(), vecEnvironment.end(), [&](const std::string& strOld) {
-            return strOld.compare(0, strName.size(), strName) == 0;
-        });
-    if (itOld != vecEnvironment.end())
-        *itOld = strEntry;
-    else
-        vecEnvironment.push_back(strEntry);
-}
-
-std::vector<char*> PointersTo(std::vector<std::string>& vecTexts)
-{
-    std::vector<char*> vecPointers;
-    vecPointers.reserve(vecTexts.size() + 1);
-    for (std::string& strText : vecTexts)
-        vecPointers.push_back(strText.data());
-    vecPointers.push_back(nullptr);
-    return vecPointers;
+    for (; nFrom < vecEntries.size(); ++nFrom) {
+        const size_t nName = vecEntries[nFrom].find('=') + 1;
+        if (vecEntries[nFrom].compare(0, nName, pszEntry, strnlen(pszEntry, nName)) == 0)
+            return true;
+    }
+    return false;
 }
 
 /// A folder of the search path as an absolute name, because the child changes its directory
@@ -79,41 +57,52 @@ std::string AbsoluteFolder(const std::string& strFolder)
 bool CKorSpawn::Prepare(const std::vector<std::string>& vecArguments,
                         const SKorChildOptions& oOptions)
 {
-    const bool bValid = !vecArguments.empty() && !AnyHoldsZero(vecArguments) &&
-                        !HoldsZero(oOptions.m_strWorkDir) && PrepareEnvironment(oOptions);
+    const bool bValid = !vecArguments.empty() && PrepareArguments(vecArguments) &&
+                        PrepareEnvironment(oOptions) && !HoldsZero(oOptions.m_strWorkDir);
     if (!bValid) {
         errno = EINVAL;
         return false;
     }
     PreparePrograms(vecArguments.front());
-    m_vecArguments = vecArguments;
-    m_vecArgumentPointers = PointersTo(m_vecArguments);
-    m_strWorkDir = oOptions.m_strWorkDir;
+    m_pszWorkDir = oOptions.m_strWorkDir.c_str();
     m_bErrorToOutput = oOptions.m_eError == SKorChildOptions::STREAM_STDOUT;
     m_bNewGroup = oOptions.m_bNewGroup;
     m_bEndWithParent = oOptions.m_bEndWithParent;
     return true;
 }
 
+bool CKorSpawn::PrepareArguments(const std::vector<std::string>& vecArguments)
+{
+    for (const std::string& strArgument : vecArguments) {
+        if (HoldsZero(strArgument))
+            return false;
+        m_vecArguments.push_back(const_cast<char*>(strArgument.c_str()));
+    }
+    m_vecArguments.push_back(nullptr);
+    return true;
+}
+
 bool CKorSpawn::PrepareEnvironment(const SKorChildOptions& oOptions)
 {
-    for (char** ppszEntry = environ; !oOptions.m_bClearEnvironment && *ppszEntry != nullptr;
-         ++ppszEntry) {
-        if (!IsOfManager(*ppszEntry))
-            m_vecEnvironment.emplace_back(*ppszEntry);
+    const std::vector<std::string>& vecNew = oOptions.m_vecEnvironment;
+    for (char** ppszOld = environ; !oOptions.m_bClearEnvironment && *ppszOld != nullptr;
+         ++ppszOld) {
+        if (!IsOfManager(*ppszOld) && !IsReplaced(*ppszOld, vecNew, 0))
+            m_vecEnvironment.push_back(*ppszOld);
     }
-    for (const std::string& strEntry : oOptions.m_vecEnvironment) {
-        if (NameOf(strEntry).size() < 2 || HoldsZero(strEntry))
+    for (size_t nEntry = 0; nEntry < vecNew.size(); ++nEntry) {
+        const size_t nEquals = vecNew[nEntry].find('=');
+        if (nEquals == 0 || nEquals == std::string::npos || HoldsZero(vecNew[nEntry]))
             return false;
-        SetEntry(m_vecEnvironment, strEntry);
+        if (!IsReplaced(vecNew[nEntry].c_str(), vecNew, nEntry + 1))
+            m_vecEnvironment.push_back(const_cast<char*>(vecNew[nEntry].c_str()));
     }
-    m_vecEnvironmentPointers = PointersTo(m_vecEnvironment);
+    m_vecEnvironment.push_back(nullptr);
     return true;
 }
 
 void CKorSpawn::PreparePrograms(const std::string& strProgram)
 {
-    m_vecPrograms.clear();
     if (strProgram.empty() || strProgram.find('/') != std::string::npos) {
         m_vecPrograms.push_back(strProgram);
         return;

@@ -294,7 +294,7 @@ TEST(KorChildStart, AddsToTheEnvironmentOrReplaces)
     EXPECT_EQ("kept,2,a=b,\n4\n", OutputOf(Shell(strScript), oOptions));
     EXPECT_STREQ("old", std::getenv("TARVO_REPLACED"));
     oOptions.m_bClearEnvironment = true;
-    EXPECT_EQ("TARVO_REPLACED=2\nTARVO_NEW=a=b\nTARVO_EMPTY=\n", OutputOf({"env"}, oOptions));
+    EXPECT_EQ("TARVO_NEW=a=b\nTARVO_REPLACED=2\nTARVO_EMPTY=\n", OutputOf({"env"}, oOptions));
 }
 
 TEST(KorChildStart, KeepsTheServiceManagersVariables)
