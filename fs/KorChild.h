@@ -121,8 +121,9 @@ public:
     bool Stop(unsigned int nGrace);
 
     /// A handle that becomes readable when the program has ended and its status is known, for an
-    /// event loop. It stays readable, so cancel its ticket then; nobody reads from it. This and the other handles belong to the object, are
-    /// closed when a program is executed, and stay open until the destructor or the next Start().
+    /// event loop. It stays readable, so cancel its ticket then; nobody reads from it. This and the
+    /// other handles belong to the object, are closed when a program is executed, and stay open
+    /// until the destructor or the next Start().
     /// @return -1 before a start
     int GetEndHandle() const;
 

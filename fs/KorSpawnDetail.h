@@ -11,7 +11,8 @@ struct SKorChildOptions;
 class CKorSpawn
 {
 public:
-    /// Takes what was asked for, which stays the caller's until Run() has returned. @return false with `EINVAL` for what makes no sense
+    /// Takes what was asked for, which stays the caller's until Run() has returned.
+    /// @return false with `EINVAL` for what makes no sense
     bool Prepare(const std::vector<std::string>& vecArguments, const SKorChildOptions& oOptions);
 
     /// Has the child take a descriptor of the parent, 3 or greater, as its standard stream.
