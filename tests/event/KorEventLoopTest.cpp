@@ -1,5 +1,6 @@
 #include "event/KorEventLoop.h"
 
+#include "tests/config/TestScale.h"
 #include "tests/event/EventTestSupport.h"
 #include "tests/support/ChildProcess.h"
 
@@ -179,7 +180,7 @@ TEST(KorEventLoop, KeepsTheOrderOfEachThreadThatPosts)
 
 TEST(KorEventLoop, NeverMissesAPostOfAThreadThatAnswersEachCall)
 {
-    constexpr int CALLS = 2000;
+    constexpr int CALLS = 40000 / TEST_SCALE;
     Loop oLoop;
     std::atomic<int> nSeen{0};
     std::thread oThread([&] {
