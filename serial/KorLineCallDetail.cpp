@@ -71,8 +71,25 @@ int CKorLineCall::FillUntil(std::int64_t nMoment)
         nErrno = CheckReading();
     if (nErrno == 0)
         nErrno = m_oState.m_nHangupErrno;
-    if (nErrno == 0 && nMoment != CKorLineDeadline::AT_ONCE)
-        nErrno = Wait(POLLIN, nMoment);
+    if (nErrno != 0)
+        return nErrno;
+    if (nMoment == CKorLineDeadline::AT_ONCE)
+        return ReadBlock();
+    return ReadOrWait(nMoment);
+}
+
+/// Bytes that stream are read without a look first; where that found none, the next reads look.
+int CKorLineCall::ReadOrWait(std::int64_t nMoment)
+{
+    constexpr unsigned int LOOKS = 8;
+    if (m_oState.m_nLooks == 0) {
+        const int nErrno = ReadBlock();
+        if (nErrno != EAGAIN)
+            return nErrno;
+        m_oState.m_nLooks = LOOKS;
+    }
+    --m_oState.m_nLooks;
+    const int nErrno = Wait(POLLIN, nMoment);
     return nErrno == 0 ? ReadBlock() : nErrno;
 }
 

@@ -65,6 +65,8 @@ private:
         const int m_hLine;
     };
 
+    int ReadOrWait(std::int64_t nMoment);
+
     CKorLineState& m_oState;
     std::unique_lock<std::mutex> m_oLock;
     const unsigned int m_nCancels;

@@ -60,6 +60,7 @@ public:
     int m_nHangupErrno = 0;
     CKorLineBuffer m_oHeld;
     std::int64_t m_nArrival = 0; ///< When the last held byte was read.
+    unsigned int m_nLooks = 0;   ///< How many of the next reads wait before they read.
     unsigned int m_nWritten = 0;
     std::shared_ptr<CKorLineReception> m_pReception; ///< The one that runs.
     /// All whose threads have not ended.
