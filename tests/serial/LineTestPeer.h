@@ -79,6 +79,12 @@ const Outcome DONE{CKorSerial::SERIAL_OK, 0};
 const Outcome TIMED_OUT{CKorSerial::SERIAL_WOULDBLOCK, EAGAIN};
 const Outcome UNSUPPORTED{CKorSerial::SERIAL_NOT_SUPPORTED, EOPNOTSUPP};
 
+/// What a break gives that should give @p oOutcome: emulators do not know it.
+inline Outcome OfBreak(Outcome oOutcome)
+{
+    return UnderEmulation() ? UNSUPPORTED : oOutcome;
+}
+
 /// A thread that makes one call.
 class Caller
 {
