@@ -2,38 +2,18 @@
 /// CPU time of receiving a mebibyte that another process sends as fast as the line takes it: a
 /// port that keeps it in its buffer, and libserialport reading into one array.
 
+#include "bench/LibserialportLine.h"
 #include "serial/KorSerial.h"
 
 #include <benchmark/benchmark.h>
-#include <cstdarg>
 #include <cstdlib>
 #include <fcntl.h>
-#include <libserialport.h>
 #include <signal.h>
 #include <string>
-#include <sys/ioctl.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 #include <vector>
-
-// libserialport opens devices with modem lines only. A pseudo-terminal has none: here it answers
-// as if all of them were off.
-extern "C" int ioctl(int hFile, unsigned long nRequest, ...) noexcept
-{
-    va_list args;
-    va_start(args, nRequest);
-    void* const pArgument = va_arg(args, void*);
-    va_end(args);
-    if (nRequest == TIOCMGET) {
-        *static_cast<int*>(pArgument) = 0;
-        return 0;
-    }
-    if (nRequest == TIOCMSET || nRequest == TIOCMBIS || nRequest == TIOCMBIC)
-        return 0;
-    return static_cast<int>(syscall(SYS_ioctl, hFile, nRequest, pArgument));
-}
 
 namespace
 {
@@ -105,38 +85,23 @@ void ReceiveByKorSerial(benchmark::State& oState)
     }
 }
 
-/// The name under which libserialport accepts a pseudo-terminal: behind "/dev/" it has to lead to
-/// something from the directory of the kernel's serial devices as well.
-std::string NameForLibserialport(const std::string& strLink)
-{
-    return "/dev/../../.." + strLink;
-}
-
 void ReceiveByLibserialport(benchmark::State& oState)
 {
-    const std::string strLink = "/tmp/tarvo-bench-line-" + std::to_string(getpid());
     for ([[maybe_unused]] auto oStep : oState) {
         oState.PauseTiming();
         SendingLine oLine;
-        unlink(strLink.c_str());
-        sp_port* pPort = nullptr;
-        if (symlink(oLine.Name().c_str(), strLink.c_str()) != 0 ||
-            sp_get_port_by_name(NameForLibserialport(strLink).c_str(), &pPort) != SP_OK ||
-            sp_open(pPort, SP_MODE_READ_WRITE) != SP_OK) {
-            oState.SkipWithError("the line cannot be opened");
-            break;
+        {
+            const LibserialportLine oPort(oLine.Name());
+            oLine.Start();
+            std::vector<char> vecData(SIZE);
+            oState.ResumeTiming();
+            if (sp_blocking_read(oPort.Port(), vecData.data(), SIZE, 60000) !=
+                static_cast<int>(SIZE))
+                oState.SkipWithError("not all was received");
+            oState.PauseTiming();
         }
-        oLine.Start();
-        std::vector<char> vecData(SIZE);
-        oState.ResumeTiming();
-        if (sp_blocking_read(pPort, vecData.data(), SIZE, 60000) != static_cast<int>(SIZE))
-            oState.SkipWithError("not all was received");
-        oState.PauseTiming();
-        sp_close(pPort);
-        sp_free_port(pPort);
         oState.ResumeTiming();
     }
-    unlink(strLink.c_str());
 }
 
 BENCHMARK(ReceiveByKorSerial)

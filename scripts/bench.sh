@@ -5,7 +5,8 @@
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 need_packages g++ cmake ninja-build libbenchmark-dev libabsl-dev libhowardhinnant-date-dev \
-  libglib2.0-dev libserialport-dev libuv1-dev pkgconf bsdextrautils xxd
+  libglib2.0-dev libserialport-dev libuv1-dev libasio-dev qt6-serialport-dev pkgconf \
+  bsdextrautils xxd
 need_cmake
 step "Building the benchmarks"
 try cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF \
