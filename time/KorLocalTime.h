@@ -15,6 +15,11 @@
 ///
 /// A zone beyond 596 hours wraps when the clock is read: its milliseconds have 32 bits.
 ///
+/// The zone is a number that stays as it is: there are no half hours and no summer time but what
+/// was added to the number. Spans between local times, which subtract what the clocks show, are an
+/// hour off across a change of summer time when the zone was changed with it. A new program takes
+/// CKorZoneTime, which knows the zone of each instant to the minute.
+///
 /// Beware of the base class: AddTime(), SubTime(), CutOffParts(), SetDate(), reading from a stream
 /// and the base's operator+=() and operator-=() store a local clock reading as UTC, so each call
 /// moves the time by its zone. The operators of this class do not.
@@ -73,7 +78,8 @@ public:
 
     /// The system's current zone in hours, daylight saving included: what ftime() says, and where
     /// it knows nothing (zone 0 without daylight saving) the C library's zone data. Half hours
-    /// are cut toward Greenwich. May be called from any thread while none changes the environment,
+    /// are cut toward Greenwich: India's 5:30 is 5. The zone is that of now, and wrong for times of
+    /// the other half of the year. May be called from any thread while none changes the environment,
     /// from which the zone data is chosen.
     static int GetCurrentTimezone();
 

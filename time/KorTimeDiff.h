@@ -16,6 +16,9 @@
 /// 8,640,000,000,000 a day, so a span reaches about 2,900 years either way. Sums and products
 /// that leave this range wrap.
 ///
+/// A new program takes this class for spans, and KorToIsoDuration() and KorFromIsoDuration() for
+/// texts of them that read back also when the span is negative.
+///
 /// Spans are plain values without locks: one object must not be changed by one thread while
 /// another uses it, different objects are independent.
 ///

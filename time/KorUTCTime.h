@@ -19,6 +19,15 @@
 /// Input out of range is never refused: it is clamped, and IsTimeValid() says so. Getters answer
 /// whether the time is valid or not.
 ///
+/// The unsigned ticks end within 16 July 5845; dates beyond wrap to early ones and are as valid as
+/// others. From 8 October 2922 on the ticks are negative as signed numbers: such times are later
+/// than all before for "<" and ">", and earlier for "<=" and ">=". Between two times before or two
+/// times after that day the comparisons agree.
+///
+/// A new program takes this class for instants, and beside it KorUnixTime.h to come from other
+/// clocks and to go to them, KorIsoTime.h for texts that others wrote or read, and CKorZoneTime for
+/// the calendar and the clock of every day and zone.
+///
 /// For derived classes: every calendar and clock query reads the time through GetLocaltime() and
 /// GetHighResolutionLocaltime(); dates, spans and cuts are written through
 /// SetHighResolutionLocaltime(). Whoever overrides them shifts the clock that users see. Only the
@@ -71,7 +80,8 @@ public:
         eUsDate = 7,         ///< MM/DD/YYYY and one space, `03/05/2024 `
         eIsoDate = 8,        ///< YYYY-MM-DD and one space, `2024-03-05 `
         eTimeMs = 9,         ///< hh:mm:ss.mmm, `14:07:09.250`
-        eIsoDateTimeMs = 10, ///< YYYY-MM-DD hh:mm:ss.mmm, `2024-03-05 14:07:09.250`
+        eIsoDateTimeMs = 10, ///< YYYY-MM-DD hh:mm:ss.mmm, `2024-03-05 14:07:09.250`; not for
+                             ///< texts with "T" or an offset, see GetStream()
         eMailFormat = 11     ///< written by MailFormat(), `5 Mar 24 14:07 +0100`; reads DD MM YY
                              ///< hh:mm:ss, where a YY below 46 is in this century
     };
@@ -124,9 +134,12 @@ public:
     /// Reads the time in the stream's format. Leading white space is skipped; fields may be
     /// shorter than their width and separators missing, and what the format or the text lacks is
     /// 0, so that a time without a date comes out as an invalid one of year 0. Whether the text
-    /// made sense shows in IsTimeValid(). Reading on after the end of the input fails the stream:
-    /// its fail bit alone is set then, and the time is not valid. An unknown format reads nothing
-    /// but leading white space and leaves the time as it is.
+    /// made sense shows in IsTimeValid(). But what reads as 0 may make sense: a "T" between date
+    /// and clock ends the reading of digits, so `2024-03-05T14:07:09` is a *valid* midnight, a
+    /// fraction of one digit counts milliseconds, and an offset or any other text behind the format
+    /// is left unread; KorFromIsoString() is for such texts. Reading on after the end of the input
+    /// fails the stream: its fail bit alone is set then, and the time is not valid. An unknown
+    /// format reads nothing but leading white space and leaves the time as it is.
     /// @return the stream
     virtual std::istream& GetStream(std::istream& oStream);
 
@@ -214,6 +227,9 @@ public:
 
     /// Sets date and time. Parts out of range are clamped to the nearest possible value, and the
     /// time becomes invalid then; otherwise valid. Nanoseconds are cut to whole tens.
+    ///
+    /// Any year counts as possible. From 16 July 5845 on the date does not fit into the ticks, and
+    /// the time is another, valid one.
     void SetDate(unsigned nDay, unsigned nMonth, unsigned nYear, unsigned nHour, unsigned nMinute,
                  unsigned nSecond, unsigned nMilliSecond, unsigned nMicroSecond,
                  unsigned nNanoSecond);
@@ -303,6 +319,10 @@ private:
 
 /// The span from @p oRight to @p oLeft, which must not be the earlier one: the span is then large
 /// and meaningless, not negative.
+///
+/// It is the difference of what the two clocks show. Of local times in different zones, such as
+/// one in summer and one in winter, it is off by the difference of the zones: take both through
+/// CKorZoneTime or in one zone.
 TARVO_EXT_API CKorTimeDiff operator-(const CKorUTCTime& oLeft, const CKorUTCTime& oRight);
 
 /// Writes a time in the stream's format.

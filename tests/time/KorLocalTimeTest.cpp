@@ -382,4 +382,12 @@ TEST(KorLocalTime, CopiesItsZoneToo)
     EXPECT_EQ(2, oTime.GetTimezone());
 }
 
+TEST(KorLocalTime, ASpanAcrossAChangeOfTheZoneIsThatOfTheClocks)
+{
+    const CKorLocalTime oWinter(30, 3, 2024, 12, 0, 0, 0, 1);
+    const CKorLocalTime oSummer(31, 3, 2024, 12, 0, 0, 0, 2);
+    EXPECT_EQ(CKorTimeDiff(1, 0, 0, 0, 0, 0, 0), oSummer - oWinter);
+    EXPECT_EQ(CKorTimeDiff(0, 23, 0, 0, 0, 0, 0), CKorUTCTime(oSummer) - CKorUTCTime(oWinter));
+}
+
 } // namespace

@@ -1,13 +1,12 @@
 // Random times and spans, written and read in every format on streams in odd states, against a
 // model that uses the stream's own operators field by field and reads character by character.
 
+#include "tests/support/Seed.h"
 #include "time/KorLocalTime.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <iomanip>
 #include <iterator>
@@ -25,20 +24,11 @@ constexpr int ROUNDS = 3000;
 constexpr int ROUNDS = 30000;
 #endif
 
-/// Random choices; their seed is printed and can be given again in TARVO_TEST_SEED.
+/// Random choices.
 class Dice
 {
 public:
     explicit Dice(unsigned nSeed) : m_oEngine(nSeed) {}
-    static unsigned Seed()
-    {
-        const char* pszSeed = std::getenv("TARVO_TEST_SEED");
-        const unsigned nSeed = pszSeed != nullptr
-                                   ? static_cast<unsigned>(std::strtoul(pszSeed, nullptr, 10))
-                                   : std::random_device()();
-        std::printf("TARVO_TEST_SEED=%u\n", nSeed);
-        return nSeed;
-    }
     /// 0 to nSides - 1.
     int Roll(int nSides) { return static_cast<int>(m_oEngine() % static_cast<unsigned>(nSides)); }
     bool OneIn(int nSides) { return Roll(nSides) == 0; }
@@ -55,7 +45,7 @@ private:
 class KorTimeTextModel : public testing::Test
 {
 protected:
-    KorTimeTextModel() : m_nSeed(Dice::Seed()), m_oDice(m_nSeed) {}
+    KorTimeTextModel() : m_nSeed(TestSeed()), m_oDice(m_nSeed) {}
 
     const unsigned m_nSeed;
     Dice m_oDice;

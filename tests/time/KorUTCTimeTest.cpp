@@ -649,4 +649,23 @@ TEST(KorUTCTime, EveryQueryReadsTheClockOfADerivedClass)
     EXPECT_EQ(CKorTimeDiff(0, 2, 0, 0, 0, 0, 0), oTime - Date(2024, 3, 1));
 }
 
+TEST(KorUTCTime, ADateBeyondTheLastTickIsAnotherValidOne)
+{
+    const CKorUTCTime oLast(15, 7, 5845, 23, 59, 59, 0, 0, 0);
+    EXPECT_EQ("15.07.5845 23:59:59", oLast.Time2Str(CKorUTCTime::eDateTime));
+    const CKorUTCTime oBeyond(17, 7, 5845, 0, 0, 0, 0, 0, 0);
+    EXPECT_TRUE(oBeyond.IsTimeValid());
+    EXPECT_EQ(0, oBeyond.GetYear());
+}
+
+TEST(KorUTCTime, ComparisonsDisagreeAcrossOctoberOf2922)
+{
+    const CKorUTCTime oBefore(7, 10, 2922, 0, 0, 0, 0, 0, 0);
+    const CKorUTCTime oAfter(9, 10, 2922, 0, 0, 0, 0, 0, 0);
+    EXPECT_TRUE(oBefore < oAfter);
+    EXPECT_TRUE(oAfter <= oBefore);
+    EXPECT_TRUE(oAfter < CKorUTCTime(10, 10, 2922, 0, 0, 0, 0, 0, 0));
+    EXPECT_TRUE(oAfter <= CKorUTCTime(10, 10, 2922, 0, 0, 0, 0, 0, 0));
+}
+
 } // namespace

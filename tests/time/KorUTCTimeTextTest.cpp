@@ -463,4 +463,18 @@ TEST(KorUTCTimeText, ANegativeLocalClockIsWrittenWithItsSigns)
     EXPECT_EQ("00:-59:-59.-991", Text(oTime, 9));
 }
 
+TEST(KorUTCTimeText, ATextWithALetterBetweenDateAndClockIsAValidMidnight)
+{
+    const CKorUTCTime oTime("2024-03-05T14:07:09.250", CKorUTCTime::eIsoDateTimeMs);
+    EXPECT_EQ(Date(2024, 3, 5), oTime);
+    EXPECT_TRUE(oTime.IsTimeValid());
+}
+
+TEST(KorUTCTimeText, AFractionOfOneDigitCountsMilliseconds)
+{
+    const CKorUTCTime oTime("2024-03-05 14:07:09.5 ", CKorUTCTime::eIsoDateTimeMs);
+    EXPECT_EQ(5, oTime.GetMilliSecond());
+    EXPECT_TRUE(oTime.IsTimeValid());
+}
+
 } // namespace
