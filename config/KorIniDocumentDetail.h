@@ -1,7 +1,6 @@
 #pragma once
 
-// The lines of an INI document: where a line is placed, and the index in which names are found.
-// Not installed.
+// The lines of an INI document: where a line is placed and how it is found. Not installed.
 
 #include "config/KorIniGrammarDetail.h"
 #include "config/KorIniIndexDetail.h"
@@ -220,10 +219,8 @@ void CKorIniDocument<TLine>::Set(const SKorIniName& oName, std::string_view strV
         pLine->m_strValue = strValue;
         return;
     }
-    auto pLine = std::make_unique<TLine>();
-    pLine->m_strSection = oName.m_strSection;
-    pLine->m_strOption = oName.m_strOption;
-    pLine->m_strValue = strValue;
+    auto pLine = KorIniMakeLine<TLine>({EKorIniLine::OPTION, oName.m_strOption, strValue, {}},
+                                       oName.m_strSection);
     if (Find({oName.m_strSection, {}}) == nullptr) {
         auto pHeader = std::make_unique<TLine>();
         pHeader->m_strSection = oName.m_strSection;
