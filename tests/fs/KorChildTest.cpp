@@ -191,7 +191,7 @@ TEST(KorChildStart, TellsWhyAProgramCannotBeStarted)
     EXPECT_EQ(EACCES, ErrorOf({oDir.Path()}));
     EXPECT_EQ(ENOTDIR, ErrorOf({oDir.File("plain") + "/x"}));
     EXPECT_EQ(ENOEXEC, ErrorOf({oDir.File("garbage")}));
-    const Variable oPath("PATH", "/no/such/folder:" + oDir.Path());
+    const Variable oPath("PATH", oDir.Path() + ":/no/such/folder");
     EXPECT_EQ(EACCES, ErrorOf({"plain"}));
     EXPECT_EQ(ENOENT, ErrorOf({"other"}));
 }
