@@ -16,7 +16,7 @@ cleanup() {
 trap cleanup EXIT
 
 step "A simulated meter on a pseudo-terminal; every eighth answer has a wrong CRC"
-$examples/meter/meter.bin -badcrc -every 8 >"$scratch/meter.out" &
+$examples/meter/meter.bin --badcrc --every 8 >"$scratch/meter.out" &
 meter=$!
 for _ in $(seq 50); do
   device=$(head -n 1 "$scratch/meter.out")
@@ -34,6 +34,7 @@ Device=$device # the meter's pseudo-terminal
 PollInterval=300 # ms
 [Process]
 PidFile=$scratch/gateway.pid
+StoreInterval=1 # s
 END
 
 step "The gateway polls it until it is stopped with SIGTERM"
@@ -45,7 +46,7 @@ wait $gateway || fail "the gateway ended with status $?"
 unset gateway
 
 step "One more poll, with its telegrams"
-try $examples/gateway/gateway.bin -c "$scratch/gateway.ini" -once -v
+try $examples/gateway/gateway.bin -c "$scratch/gateway.ini" --once -v
 
 step "The INI file that it leaves"
 cat "$scratch/gateway.ini"

@@ -77,7 +77,7 @@ measure_gateway() {
     "$scratch/gateway.pid" >"$scratch/gateway.ini"
 
   QEMU_GUEST_BASE=$GUEST_BASE scripts/arm/run-arm "$target" "$examples/gateway/gateway.bin" \
-    -c "$scratch/gateway.ini" >>"$scratch/gateway.out" &
+    -c "$scratch/gateway.ini" 2>>"$scratch/gateway.out" &
   gateway=$!
   wait_for_lines 30 "$scratch/gateway.out" || fail "the gateway does not run on $target"
   resident=$(guest_memory $gateway Rss)

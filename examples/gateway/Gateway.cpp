@@ -1,100 +1,21 @@
 #include "Gateway.h"
 
-#include "Log.h"
-#include "text/KorMemDump.h"
-#include "time/KorLocalTime.h"
+#include "app/KorLog.h"
+#include "time/KorZoneTime.h"
 
 #include <cerrno>
-#include <csignal>
-#include <cstdio>
 #include <cstring>
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
+#include <utility>
 
 namespace
 {
 
-constexpr char USAGE[] = "usage: gateway.bin [-c FILE] [-once] [-v] [-help]\n"
-                         "Polls a Modbus RTU meter and keeps its readings in an INI file.\n"
-                         "  -c FILE  the INI file (default: gateway.ini beside the program)\n"
-                         "  -once    poll once and end; exit status 1 without a reading\n"
-                         "  -v       show every telegram\n"
-                         "  -help    show this text\n";
-
 // Energy (two registers, Wh), voltage (0.1 V), current (0.01 A), power (W).
 constexpr std::uint16_t METER_REGISTERS = 5;
-
-constexpr int FAILURES_UNTIL_REOPENED = 3;
-
-constexpr unsigned int ALL_LINES = 0xFFFFFFFF;
-
-/// Waits up to @p nMilliseconds and lets the signals that end the gateway in meanwhile.
-void LetSignalsIn(int nMilliseconds)
-{
-    const timespec oTime = {nMilliseconds / 1000, nMilliseconds % 1000 * 1000000L};
-    sigset_t oNoSignals;
-    sigemptyset(&oNoSignals);
-    ppoll(nullptr, 0, &oTime, &oNoSignals);
-}
-
-/// The gateway's client: can be ended between two requests, and shows telegrams when asked.
-class GatewayClient : public ModbusRtuClient
-{
-public:
-    GatewayClient(CKorSerial& oPort, int nTimeout, unsigned int nRetries, bool bVerbose)
-        : ModbusRtuClient(oPort, nTimeout, nRetries), m_bVerbose(bVerbose)
-    {
-    }
-
-private:
-    void TelegramSent(const std::string& strTelegram) override
-    {
-        LetSignalsIn(0);
-        Dump("sent", strTelegram);
-    }
-    void TelegramReceived(const std::string& strTelegram) override
-    {
-        Dump("received", strTelegram);
-    }
-    void Dump(const char* pszWhat, const std::string& strTelegram) const
-    {
-        const auto nLength = static_cast<unsigned int>(strTelegram.size());
-        if (m_bVerbose)
-            LogLine(std::string(pszWhat) + "\n" +
-                    KorMemDump(strTelegram.data(), nLength, ALL_LINES, ALL_LINES));
-    }
-
-    bool m_bVerbose;
-};
 
 std::string Banner(const CKorApplicationInfo& oInfo)
 {
     return oInfo.GetVersionString() + ", " + oInfo.GetCopyrightString();
-}
-
-/// Blocks or lets in the signals that end the gateway.
-void MaskEndSignals(int nHow)
-{
-    sigset_t oSignals;
-    sigemptyset(&oSignals);
-    sigaddset(&oSignals, SIGINT);
-    sigaddset(&oSignals, SIGTERM);
-    sigprocmask(nHow, &oSignals, nullptr);
-}
-
-/// Opens the device once and closes it again. That tells why it cannot be opened, and where a
-/// device waits for a carrier it is the place where a signal can end the wait.
-/// @return an errno value, 0 when it opened
-int TryDevice(const std::string& strDevice)
-{
-    MaskEndSignals(SIG_UNBLOCK);
-    const int hDevice = open(strDevice.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    const int nError = hDevice == -1 ? errno : 0;
-    MaskEndSignals(SIG_BLOCK);
-    if (hDevice != -1)
-        close(hDevice);
-    return nError;
 }
 
 /// A number with its decimal point put before the last @p nDecimals digits.
@@ -106,186 +27,180 @@ std::string Fixed(unsigned long nValue, unsigned int nDecimals)
     return nDecimals == 0 ? strDigits : strDigits.insert(strDigits.size() - nDecimals, 1, '.');
 }
 
+/// Logs what is wrong with an INI file, one line a finding.
+void LogFindings(const CKorSafeIniFile& oFile)
+{
+    for (const SKorIniFinding& oFinding : oFile.GetFindings())
+        KorGetLog().Write(CKorLog::LEVEL_ERROR, "%s:%u: %s", oFile.GetIniFileName().c_str(),
+                          oFinding.m_nLine, oFinding.m_strText.c_str());
+}
+
 } // namespace
 
-Gateway::Gateway() : CKorConApplication(nullptr, "gateway", nullptr)
+Gateway::Gateway() : CKorDaemonApplication(nullptr, "gateway", nullptr)
 {
     m_oInfo = CKorApplicationInfo("gateway", "1.0.0", "Quentor GmbH", "Meter gateway",
                                   "www.quentor.example", nullptr);
 }
 
-void Gateway::DoCmdLineExchange(CKorCmdLineApplExchange* pExchange)
+void Gateway::DeclareOptions(CKorOptionParser& rParser)
 {
-    for (const char* pszFlag : {"once", "v", "help"})
-        pExchange->AddParamDescription(pszFlag, false);
-    pExchange->AddParamDescription("c", true);
-
-    std::string strValue;
-    m_bOnce = pExchange->GetParameter("once", false, strValue);
-    m_bVerbose = pExchange->GetParameter("v", false, strValue);
-    m_bHelp = pExchange->GetParameter("help", false, strValue);
-    const bool bNamed = pExchange->GetParameter("c", true, m_strSettingsFile);
-    if (!bNamed)
-        m_strSettingsFile.clear();
-    m_bNoSettingsFile = bNamed && m_strSettingsFile.empty();
-    pExchange->GetParameter(nullptr, false, strValue); // the program itself
-    pExchange->GetParameter(nullptr, false, m_strUnknownArgument);
+    rParser.AddOption("c,config", "FILE", m_strSettingsFile,
+                      "the INI file (gateway.ini beside the program)");
+    rParser.AddFlag("once", m_bOnce, "poll once and end; exit status 1 without a reading");
+    rParser.AddFlag("v,verbose", m_bVerbose, "show every telegram");
 }
 
 bool Gateway::Initialize()
 {
-    if (m_bHelp) {
-        std::fputs(USAGE, stdout);
+    if (m_bVerbose)
+        KorGetLog().SetLevel(CKorLog::LEVEL_DEBUG);
+    KorGetLog().Write(CKorLog::LEVEL_INFO, "%s", Banner(GetInfo()).c_str());
+    KorGetLog().Write(CKorLog::LEVEL_INFO, "%s",
+                      Banner(CKorApplicationInfo::GetLibraryInfo()).c_str());
+    if (!LoadSettings() || !HoldPidFile())
         return false;
-    }
-    if (m_bNoSettingsFile || !m_strUnknownArgument.empty()) {
-        const std::string strError =
-            m_bNoSettingsFile ? "-c needs a file" : "unknown argument " + m_strUnknownArgument;
-        std::fprintf(stderr, "gateway.bin: %s\n%s", strError.c_str(), USAGE);
-        m_nExitStatus = 2;
-        return false;
-    }
-    MaskEndSignals(SIG_BLOCK);
-    LogLine(Banner(GetInfo()));
-    LogLine(Banner(CKorApplicationInfo::GetLibraryInfo()));
-    return LoadSettings() && HoldPidFile() && ConnectMeter();
+    m_pMeter = std::make_unique<GatewayLine>(GetLoop(), *m_pSettings);
+    if (!m_pMeter->Open() && m_bOnce)
+        return Fail("set [Line] Device in " + m_pSettings->GetIniFileName() +
+                    " to the meter's line");
+    GetLoop().Post([this] { Poll(); });
+    StartTimers();
+    return true;
 }
 
 bool Gateway::LoadSettings()
 {
     // A name from the command line counts from where the user stands.
-    if (m_strSettingsFile.empty())
-        m_pSettings =
-            std::make_unique<GatewaySettings>("gateway.ini", CKorIniFile::PATH_PROGRAM_DIR);
-    else
-        m_pSettings = std::make_unique<GatewaySettings>(m_strSettingsFile.c_str(),
-                                                        CKorIniFile::PATH_UNCHANGED);
+    m_pSettings =
+        m_strSettingsFile.empty()
+            ? std::make_unique<GatewaySettings>("gateway.ini", CKorIniFile::PATH_PROGRAM_DIR)
+            : std::make_unique<GatewaySettings>(m_strSettingsFile.c_str(),
+                                                CKorIniFile::PATH_UNCHANGED);
     const std::string strFile = m_pSettings->GetIniFileName();
     if (!m_pSettings->CreateDefaultFile())
-        return Fail("cannot write " + strFile);
-    LogLine("settings in " + strFile);
-    m_pSettings->UpdateOptions(false);
-    const std::string strComplaint = m_pSettings->Complaint();
-    return strComplaint.empty() || Fail(strFile + ": " + strComplaint);
+        return Fail("cannot write " + strFile + ": " + std::strerror(errno));
+    KorGetLog().Write(CKorLog::LEVEL_INFO, "settings in %s", strFile.c_str());
+    const bool bGood = m_pSettings->Load();
+    LogFindings(*m_pSettings);
+    return bGood;
 }
 
 bool Gateway::HoldPidFile()
 {
-    m_pPidFile = std::make_unique<PidFile>(m_pSettings->m_strPidFile);
-    std::string strError;
-    return m_pPidFile->Acquire(strError) || Fail(strError);
-}
-
-bool Gateway::ConnectMeter()
-{
-    m_pPort = std::make_unique<CKorSerial>();
-    m_pMeter = std::make_unique<GatewayClient>(*m_pPort, m_pSettings->m_nTimeout,
-                                               static_cast<unsigned int>(m_pSettings->m_nRetries),
-                                               m_bVerbose);
-    return OpenLine() ||
-           Fail("set [Line] Device in " + m_pSettings->GetIniFileName() + " to the meter's line");
-}
-
-bool Gateway::OpenLine()
-{
-    const std::string& strDevice = m_pSettings->m_strDevice;
-    const int nError = TryDevice(strDevice);
-    if (nError == 0 && m_pPort->open(strDevice.c_str(), m_pSettings->Baudrate(),
-                                     m_pSettings->Parity(), m_pSettings->StopBits(),
-                                     CKorSerial::BYTESIZE_8, nullptr) == CKorSerial::SERIAL_OK)
+    const char* const pszFile = m_pSettings->m_strPidFile.c_str();
+    if (m_oPidFile.Acquire(pszFile))
         return true;
-    m_pPort->close();
-    LogLine("cannot open " + strDevice + ": " +
-            (nError != 0 ? std::strerror(nError) : "no serial line"));
-    return false;
-}
-
-/// After a hang-up the open device stays dead, though a new one may have come in its place.
-void Gateway::ReopenLine()
-{
-    m_nFailuresInARow = 0;
-    m_pPort->close();
-    if (OpenLine())
-        LogLine("opened " + m_pSettings->m_strDevice + " again");
+    const int nOwner = m_oPidFile.GetOwner();
+    return Fail(std::string(pszFile) + ": " +
+                (nOwner != 0 ? "already running as process " + std::to_string(nOwner)
+                             : std::strerror(m_oPidFile.GetLastError())));
 }
 
 bool Gateway::Fail(const std::string& strReason)
 {
-    LogLine("error: " + strReason);
-    m_nExitStatus = 1;
+    KorGetLog().Write(CKorLog::LEVEL_ERROR, "%s", strReason.c_str());
     return false;
 }
 
-void Gateway::Run()
+void Gateway::StartTimers()
 {
-    m_bPolling = true;
-    Poll();
-    while (!m_bOnce) {
-        LetSignalsIn(m_pSettings->m_nPollInterval);
-        Poll();
+    for (int* pTicket : {&m_nPollTicket, &m_nStoreTicket})
+        GetLoop().Cancel(std::exchange(*pTicket, 0));
+    if (m_bOnce)
+        return;
+    m_nPollTicket = GetLoop().CallEvery(m_pSettings->m_nPollInterval, [this] { Poll(); });
+    m_nStoreTicket = GetLoop().CallEvery(m_pSettings->m_nStoreInterval * 1000, [this] { Store(); });
+}
+
+// New settings count when all of them are good; until then the old ones do.
+void Gateway::ReloadInd()
+{
+    GatewaySettings oNew(m_pSettings->GetIniFileName().c_str(), CKorIniFile::PATH_UNCHANGED);
+    const bool bGood = oNew.Load();
+    LogFindings(oNew);
+    if (!bGood || !Store() || !m_pSettings->Load()) {
+        KorGetLog().Write(CKorLog::LEVEL_ERROR, "the old settings stay in force");
+        return;
     }
+    m_pMeter->Reload();
+    StartTimers();
+    KorGetLog().Write(CKorLog::LEVEL_NOTICE, "settings read again");
 }
 
 void Gateway::Poll()
 {
+    if (!m_pMeter->IsOpen() || m_pMeter->IsBusy())
+        return;
     const ModbusRequest oRequest = {static_cast<std::uint8_t>(m_pSettings->m_nStation),
                                     MODBUS_READ_HOLDING_REGISTERS, 0, METER_REGISTERS};
-    std::vector<std::uint16_t> vecRegisters;
-    const unsigned int nRetriesBefore = m_pMeter->Counters().nRetries;
-    const EModbusResult eResult = m_pMeter->Read(oRequest, vecRegisters);
-    const unsigned int nRetries = m_pMeter->Counters().nRetries - nRetriesBefore;
-    if (nRetries != 0)
-        LogLine("asked again, repetitions: " + std::to_string(nRetries));
-    ++m_pSettings->m_nPolls;
-    if (eResult == MODBUS_OK) {
-        m_nFailuresInARow = 0;
-        TakeOver(vecRegisters);
-        return;
-    }
-    ++m_pSettings->m_nErrors;
-    LogLine(std::string("no reading: ") + ModbusResultText(eResult));
-    if (m_bOnce)
-        m_nExitStatus = 1;
-    else if (++m_nFailuresInARow == FAILURES_UNTIL_REOPENED)
-        ReopenLine();
+    m_pMeter->Start(oRequest,
+                    [this](EModbusResult eResult, const std::vector<std::uint16_t>& vecRegisters) {
+                        TakeResult(eResult, vecRegisters);
+                    });
 }
 
-void Gateway::TakeOver(const std::vector<std::uint16_t>& vecRegisters)
+void Gateway::TakeResult(EModbusResult eResult, const std::vector<std::uint16_t>& vecRegisters)
+{
+    ++m_pSettings->m_nPolls;
+    if (eResult == MODBUS_OK)
+        TakeReading(vecRegisters);
+    else
+        Complain(eResult);
+    if (m_bOnce)
+        RequestEnd(eResult == MODBUS_OK ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
+void Gateway::TakeReading(const std::vector<std::uint16_t>& vecRegisters)
 {
     GatewaySettings& oResults = *m_pSettings;
-    oResults.m_strReadingTime =
-        CKorLocalTime::CurrentLocalTime().Time2Str(CKorUTCTime::eIsoDateTimeMs);
+    oResults.m_strReadingTime = CKorZoneTime::CurrentTime().ToString();
     oResults.m_strEnergy = Fixed(vecRegisters[0] * 65536UL + vecRegisters[1], 3);
     oResults.m_strVoltage = Fixed(vecRegisters[2], 1);
     oResults.m_strCurrent = Fixed(vecRegisters[3], 2);
     oResults.m_strPower = Fixed(vecRegisters[4], 0);
-    LogLine(oResults.m_strVoltage + " V, " + oResults.m_strCurrent + " A, " + oResults.m_strPower +
-            " W, " + oResults.m_strEnergy + " kWh");
+    KorGetLog().Write(CKorLog::LEVEL_INFO, "%s V, %s A, %s W, %s kWh",
+                      oResults.m_strVoltage.c_str(), oResults.m_strCurrent.c_str(),
+                      oResults.m_strPower.c_str(), oResults.m_strEnergy.c_str());
+}
+
+void Gateway::Complain(EModbusResult eResult)
+{
+    ++m_pSettings->m_nErrors;
+    std::string strReason = ModbusResultText(eResult);
+    if (eResult == MODBUS_EXCEPTION)
+        strReason += " " + std::to_string(m_pMeter->LastException());
+    KorGetLog().Write(CKorLog::LEVEL_WARNING, "no reading: %s", strReason.c_str());
+}
+
+bool Gateway::Store()
+{
+    if (m_pSettings->UpdateOptions(true))
+        return true;
+    LogFindings(*m_pSettings);
+    KorGetLog().Write(CKorLog::LEVEL_ERROR, "results not stored: %s",
+                      std::strerror(m_pSettings->GetLastError()));
+    return false;
 }
 
 int Gateway::Finalize()
 {
-    m_pPort.reset(); // ends the receive thread: nothing is destroyed after a signal
-    if (m_bPolling) {
-        m_bPolling = false;
-        m_pSettings->UpdateOptions(true);
-        LogLine(Summary());
+    if (m_pMeter) {
+        m_pMeter->Close();
+        Store();
+        LogSummary();
     }
-    if (m_pPidFile)
-        m_pPidFile->Release();
-    return m_nExitStatus;
+    return CKorDaemonApplication::Finalize();
 }
 
-std::string Gateway::Summary() const
+void Gateway::LogSummary() const
 {
-    // Both in the same zone, or a change to summer time would add an hour.
-    CKorLocalTime oStart = GetStartZeit();
-    CKorLocalTime oEnd = CKorLocalTime::CurrentLocalTime();
-    oStart.ChangeTimezone(0);
-    oEnd.ChangeTimezone(0);
     const ModbusCounters& oCounters = m_pMeter->Counters();
-    return "ends after " + KorToString(oEnd - oStart, CKorTimeDiff::eDiffHhMmSsMs) + ": " +
-           std::to_string(oCounters.nRequests) + " polls, " + std::to_string(oCounters.nRetries) +
-           " repetitions, " + std::to_string(oCounters.nTimeouts) + " time-outs, " +
-           std::to_string(oCounters.nCrcErrors) + " wrong CRCs";
+    const std::string strRunning =
+        KorToString(m_oRunning.GetElapsed(), CKorTimeDiff::eDiffHhMmSsMs);
+    KorGetLog().Write(
+        CKorLog::LEVEL_INFO,
+        "ends after %s: %u polls, %u repetitions, %u time-outs, %u wrong CRCs, %u refusals",
+        strRunning.c_str(), oCounters.nRequests, oCounters.nRetries, oCounters.nTimeouts,
+        oCounters.nCrcErrors, oCounters.nExceptions);
 }

@@ -1,17 +1,15 @@
 #include "examples/meter/MeterLine.h"
 
-#include <cerrno>
 #include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
 #include <stdlib.h>
 #include <termios.h>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
 
-constexpr timespec PAUSE = {0, 50 * 1000000L};
+constexpr unsigned int PAUSE_MS = 50;
 
 void CloseDescriptor(int& nDescriptor)
 {
@@ -22,7 +20,9 @@ void CloseDescriptor(int& nDescriptor)
 
 } // namespace
 
-MeterLine::MeterLine() : m_nFarEnd(-1), m_nDevice(-1)
+MeterLine::MeterLine(CKorEventLoop& oLoop, std::size_t nLength,
+                     std::function<void(const std::string&)> fnTelegram)
+    : m_oLoop(oLoop), m_nLength(nLength), m_fnTelegram(std::move(fnTelegram))
 {
     if (!Open())
         HangUp();
@@ -31,51 +31,42 @@ MeterLine::MeterLine() : m_nFarEnd(-1), m_nDevice(-1)
 MeterLine::~MeterLine()
 {
     HangUp();
+    m_oLoop.Cancel(m_nPause);
 }
 
 bool MeterLine::Open()
 {
-    // Sending to a client that does not read must not wait, as no signal would end that.
-    m_nFarEnd = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+    // Sending to a client that does not read must not wait.
+    m_nFarEnd = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     char szName[64];
     if (m_nFarEnd == -1 || grantpt(m_nFarEnd) != 0 || unlockpt(m_nFarEnd) != 0 ||
         ptsname_r(m_nFarEnd, szName, sizeof szName) != 0)
         return false;
     m_strDeviceName = szName;
 
-    m_nDevice = open(szName, O_RDWR | O_NOCTTY);
+    m_nDevice = open(szName, O_RDWR | O_NOCTTY | O_CLOEXEC);
     termios oSettings;
     if (m_nDevice == -1 || tcgetattr(m_nDevice, &oSettings) != 0)
         return false;
     cfmakeraw(&oSettings);
-    return tcsetattr(m_nDevice, TCSANOW, &oSettings) == 0;
+    return tcsetattr(m_nDevice, TCSANOW, &oSettings) == 0 &&
+           m_oLoop.WatchHandle(m_nFarEnd, CKorEventLoop::EVENT_READABLE,
+                               [this](unsigned int) { Receive(); }) > 0;
 }
 
-bool MeterLine::Receive(std::size_t nLength, std::string& strTelegram)
+void MeterLine::Receive()
 {
-    sigset_t oNoSignals;
-    sigemptyset(&oNoSignals);
-    strTelegram.clear();
-    while (strTelegram.size() < nLength) {
-        pollfd oFarEnd = {m_nFarEnd, POLLIN, 0};
-        const int nReady = ppoll(&oFarEnd, 1, strTelegram.empty() ? nullptr : &PAUSE, &oNoSignals);
-        if (nReady == -1 && errno == EINTR)
-            continue;
-        if (nReady == -1)
-            return false;
-        if (nReady == 0) {
-            strTelegram.clear();
-            continue;
-        }
-        char acBytes[256];
-        const std::size_t nMissing = nLength - strTelegram.size();
-        const ssize_t nRead =
-            read(m_nFarEnd, acBytes, nMissing < sizeof acBytes ? nMissing : sizeof acBytes);
-        if (nRead <= 0)
-            return false;
-        strTelegram.append(acBytes, static_cast<std::size_t>(nRead));
+    char acBytes[256];
+    const ssize_t nRead = read(m_nFarEnd, acBytes, sizeof acBytes);
+    if (nRead > 0)
+        m_strReceived.append(acBytes, static_cast<std::size_t>(nRead));
+    m_oLoop.Cancel(m_nPause);
+    m_nPause = m_oLoop.CallAfter(PAUSE_MS, [this] { m_strReceived.clear(); });
+    while (m_strReceived.size() >= m_nLength) {
+        const std::string strTelegram = m_strReceived.substr(0, m_nLength);
+        m_strReceived.erase(0, m_nLength);
+        m_fnTelegram(strTelegram);
     }
-    return true;
 }
 
 bool MeterLine::Send(const std::string& strTelegram)
@@ -87,5 +78,5 @@ bool MeterLine::Send(const std::string& strTelegram)
 void MeterLine::HangUp()
 {
     CloseDescriptor(m_nDevice);
-    CloseDescriptor(m_nFarEnd);
+    CloseDescriptor(m_nFarEnd); // the loop drops a handle that was closed
 }

@@ -3,6 +3,9 @@
 /// @file
 /// The line of the simulated meter.
 
+#include "event/KorEventLoop.h"
+
+#include <functional>
 #include <string>
 
 /// A pseudo-terminal, of which the meter is the far end.
@@ -10,7 +13,12 @@ class MeterLine
 {
 public:
     /// Opens a pseudo-terminal that lets every byte pass.
-    MeterLine();
+    /// @param oLoop        serves the line and outlives it
+    /// @param nLength      length of a telegram in bytes
+    /// @param fnTelegram   takes each telegram. What comes in pieces with pauses of 50 ms between
+    ///                     them is no telegram and is dropped
+    MeterLine(CKorEventLoop& oLoop, std::size_t nLength,
+              std::function<void(const std::string&)> fnTelegram);
     ~MeterLine();
     MeterLine(const MeterLine&) = delete;
     MeterLine& operator=(const MeterLine&) = delete;
@@ -21,14 +29,7 @@ public:
     /// Name of the device for the other side to open.
     const std::string& DeviceName() const { return m_strDeviceName; }
 
-    /// Receives a telegram of @p nLength bytes from the open line. What comes in pieces with longer
-    /// pauses between them is no telegram and is dropped. All signals come in while it waits.
-    /// @param nLength           how many bytes
-    /// @param[out] strTelegram  the telegram
-    /// @return false when the line fails
-    bool Receive(std::size_t nLength, std::string& strTelegram);
-
-    /// Sends a telegram. Returns false when the line does not take it.
+    /// Sends a telegram. Returns false when the line does not take it at once.
     bool Send(const std::string& strTelegram);
 
     /// Closes the line.
@@ -36,8 +37,14 @@ public:
 
 private:
     bool Open();
+    void Receive();
 
-    int m_nFarEnd;
-    int m_nDevice; // kept open: without it a client that closes the device would hang up the line
+    CKorEventLoop& m_oLoop;
+    const std::size_t m_nLength;
+    std::function<void(const std::string&)> m_fnTelegram;
+    std::string m_strReceived;
+    int m_nPause = 0;
+    int m_nFarEnd = -1;
+    int m_nDevice = -1; // kept open: else a client that closes the device would hang up the line
     std::string m_strDeviceName;
 };

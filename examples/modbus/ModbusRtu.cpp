@@ -45,6 +45,8 @@ const char* ModbusResultText(EModbusResult eResult)
         return "malformed answer";
     case MODBUS_SEND_ERROR:
         return "cannot send";
+    case MODBUS_HUNG_UP:
+        return "the line hung up";
     }
     return "";
 }
@@ -149,4 +151,48 @@ EModbusResult ModbusParseResponse(const ModbusRequest& oRequest, const std::stri
     for (std::size_t nPos = 3; nPos < strTelegram.size() - 2; nPos += 2)
         vecValues.push_back(WordAt(strTelegram, nPos));
     return MODBUS_OK;
+}
+
+namespace
+{
+
+/// Length of the response that begins with these bytes, as its own bytes tell; 0 when they are too
+/// few to tell.
+std::size_t LengthByItsBytes(const std::string& strBytes)
+{
+    if (strBytes.size() < MODBUS_EXCEPTION_LENGTH)
+        return 0;
+    return ModbusIsException(strBytes) ? MODBUS_EXCEPTION_LENGTH : 5U + ByteAt(strBytes, 2);
+}
+
+/// Whether these bytes begin as a response to the request would.
+bool BeginsAsResponse(const ModbusRequest& oRequest, const std::string& strBytes)
+{
+    return ByteAt(strBytes, 0) == oRequest.nStation &&
+           (ByteAt(strBytes, 1) & ~EXCEPTION_FLAG) == oRequest.nFunction;
+}
+
+} // namespace
+
+EModbusResult ModbusFindResponse(const ModbusRequest& oRequest, const std::string& strReceived,
+                                 std::vector<std::uint16_t>& vecValues, std::uint8_t& nException)
+{
+    const std::string strEcho = ModbusRequestTelegram(oRequest);
+    const bool bEcho = strReceived.compare(0, strEcho.size(), strEcho) == 0;
+    EModbusResult eSoFar = MODBUS_TIMEOUT;
+    for (std::size_t nPos = bEcho ? strEcho.size() : 0; nPos < strReceived.size(); ++nPos) {
+        const std::string strRest = strReceived.substr(nPos);
+        const std::size_t nLength = LengthByItsBytes(strRest);
+        if (nLength == 0 || nLength > strRest.size())
+            continue;
+        const EModbusResult eResult =
+            ModbusParseResponse(oRequest, strRest.substr(0, nLength), vecValues, nException);
+        if (eResult == MODBUS_OK || eResult == MODBUS_EXCEPTION)
+            return eResult;
+        if (eResult != MODBUS_BAD_CRC)
+            eSoFar = eResult;
+        else if (eSoFar == MODBUS_TIMEOUT && BeginsAsResponse(oRequest, strRest))
+            eSoFar = MODBUS_BAD_CRC;
+    }
+    return eSoFar;
 }

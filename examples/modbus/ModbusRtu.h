@@ -36,7 +36,19 @@ enum EModbusResult
     MODBUS_EXCEPTION,     ///< the station refused, see the exception code
     MODBUS_WRONG_STATION, ///< another station answered
     MODBUS_MALFORMED,     ///< the answer of another function, or of another length
-    MODBUS_SEND_ERROR     ///< the request could not be sent
+    MODBUS_SEND_ERROR,    ///< the request could not be sent
+    MODBUS_HUNG_UP        ///< the line is gone
+};
+
+/// What a client has seen so far.
+struct ModbusCounters
+{
+    unsigned int nRequests = 0;    ///< requests asked for, repetitions not counted
+    unsigned int nRetries = 0;     ///< repetitions
+    unsigned int nTimeouts = 0;    ///< attempts without a whole answer
+    unsigned int nCrcErrors = 0;   ///< answers with a wrong CRC
+    unsigned int nExceptions = 0;  ///< refusals
+    unsigned int nOtherErrors = 0; ///< every other failed attempt
 };
 
 /// The result as a text, e.g. "time-out".
@@ -95,3 +107,15 @@ std::size_t ModbusResponseLength(const ModbusRequest& oRequest);
 ///         #MODBUS_MALFORMED
 EModbusResult ModbusParseResponse(const ModbusRequest& oRequest, const std::string& strTelegram,
                                   std::vector<std::uint16_t>& vecValues, std::uint8_t& nException);
+
+/// Looks for the response to a request among the bytes that came: behind an echo of the request,
+/// stray bytes, or responses of other stations and to other requests.
+/// @param oRequest          the request
+/// @param strReceived       what came since it was sent
+/// @param[out] vecValues    the values; unchanged unless the result is #MODBUS_OK
+/// @param[out] nException   the exception code; unchanged unless the result is #MODBUS_EXCEPTION
+/// @return #MODBUS_OK or #MODBUS_EXCEPTION when it is there; else what can be said of the bytes so
+///         far: #MODBUS_BAD_CRC, #MODBUS_WRONG_STATION or #MODBUS_MALFORMED for the last whole
+///         response among them, #MODBUS_TIMEOUT when there is none
+EModbusResult ModbusFindResponse(const ModbusRequest& oRequest, const std::string& strReceived,
+                                 std::vector<std::uint16_t>& vecValues, std::uint8_t& nException);

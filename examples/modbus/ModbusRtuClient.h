@@ -1,50 +1,61 @@
 #pragma once
 
 /// @file
-/// Reading of registers from Modbus RTU stations over a serial port.
+/// Reading of registers from Modbus RTU stations, on an event loop.
 
+#include "event/KorEventLoop.h"
 #include "examples/modbus/ModbusRtu.h"
+#include "serial/KorSerialLine.h"
+#include "time/KorTimeout.h"
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
-class CKorSerial;
-
-/// What a client has seen so far.
-struct ModbusCounters
-{
-    unsigned int nRequests = 0;    ///< requests asked for, repetitions not counted
-    unsigned int nRetries = 0;     ///< repetitions
-    unsigned int nTimeouts = 0;    ///< attempts without a whole answer
-    unsigned int nCrcErrors = 0;   ///< answers with a wrong CRC
-    unsigned int nExceptions = 0;  ///< refusals
-    unsigned int nOtherErrors = 0; ///< every other failed attempt
-};
-
-/// A Modbus RTU client on a port that its user opens and closes.
+/// A Modbus RTU client on a line that its user opens and closes. One request at a time; nothing
+/// waits.
 ///
-/// Derive and override the two hooks to see the telegrams.
+/// RTU has no number that ties an answer to its request. So an answer may be late: after a time-out
+/// the next request is held back until as much time has passed again, and what comes meanwhile is
+/// dropped. A repetition asks for the same and may take the answer to the request before it.
+///
+/// Derive and override the hooks to see the telegrams.
 class ModbusRtuClient
 {
 public:
-    /// @param oPort     the port, which must outlive the client
-    /// @param nTimeout  longest wait for an answer to begin, and again for its end, in ms
+    /// Takes the result of a request, and the values if it is #MODBUS_OK.
+    using Handler =
+        std::function<void(EModbusResult eResult, const std::vector<std::uint16_t>& vecValues)>;
+
+    /// @param oLoop     serves the client, which must not outlive it
+    /// @param oLine     the line, which must outlive the client
+    /// @param nTimeout  longest wait for an answer, in ms
     /// @param nRetries  how often a failed request is repeated
-    ModbusRtuClient(CKorSerial& oPort, int nTimeout, unsigned int nRetries);
+    ModbusRtuClient(CKorEventLoop& oLoop, CKorSerialLine& oLine, unsigned int nTimeout,
+                    unsigned int nRetries);
     virtual ~ModbusRtuClient();
     ModbusRtuClient(const ModbusRtuClient&) = delete;
     ModbusRtuClient& operator=(const ModbusRtuClient&) = delete;
 
-    /// Reads registers. Repeats after every failure but an exception, which is an answer.
-    /// @param oRequest        what to read
-    /// @param[out] vecValues  the values; unchanged unless the result is #MODBUS_OK
-    /// @return the result of the last attempt
-    EModbusResult Read(const ModbusRequest& oRequest, std::vector<std::uint16_t>& vecValues);
+    /// Takes the line into the loop, after each time it was opened.
+    bool Attach();
+    /// Takes it out. A request that runs is forgotten, its handler not called.
+    void Detach();
 
+    /// Sets what the constructor was given, from the next request on.
+    void SetLimits(unsigned int nTimeout, unsigned int nRetries);
+
+    /// Reads registers. Repeats after every failure but an exception, which is an answer, and a
+    /// hang-up.
+    /// @return false while another request runs
+    bool Start(const ModbusRequest& oRequest, Handler fnHandler);
+
+    /// Whether a request runs.
+    bool IsBusy() const { return m_eState != STATE_IDLE; }
     /// What was seen so far.
     const ModbusCounters& Counters() const { return m_oCounters; }
-
     /// Code of the last exception, 0 before the first.
     std::uint8_t LastException() const { return m_nLastException; }
 
@@ -53,16 +64,43 @@ protected:
     virtual void TelegramSent(const std::string& strTelegram);
     /// Called with what was received in answer, right or wrong, whole or not. Does nothing here.
     virtual void TelegramReceived(const std::string& strTelegram);
+    /// Called when the line hung up, after the handler of a request that ran. Does nothing here.
+    virtual void LineHungUp();
 
 private:
-    EModbusResult Exchange(const ModbusRequest& oRequest, std::vector<std::uint16_t>& vecValues);
-    std::string Receive(const ModbusRequest& oRequest, EModbusResult& eResult);
-    void AwaitSilence();
+    enum EState
+    {
+        STATE_IDLE,
+        STATE_HELD,   // a late answer may still come
+        STATE_ASKED,  // waits for the answer
+        STATE_PAUSED, // before a repetition
+    };
+
+    void OnReady();
+    void Receive();
+    void After(unsigned int nMilliseconds, void (ModbusRtuClient::*pfnNext)());
+    void Send();
+    void Look();
+    void TimeOut();
+    void Conclude(EModbusResult eResult);
+    void Finish(EModbusResult eResult);
     void Count(EModbusResult eResult);
 
-    CKorSerial& m_oPort;
-    int m_nTimeout;
+    CKorEventLoop& m_oLoop;
+    CKorSerialLine& m_oLine;
+    unsigned int m_nTimeout;
     unsigned int m_nRetries;
+    EState m_eState = STATE_IDLE;
+    ModbusRequest m_oRequest = {};
+    Handler m_fnHandler;
+    unsigned int m_nRetriesLeft = 0;
+    std::string m_strReceived;
+    std::vector<std::uint16_t> m_vecValues;
+    EModbusResult m_eSoFar = MODBUS_TIMEOUT;
+    std::optional<CKorTimeout> m_oLateness; // until then an answer to a former request may come
+    int m_nLineTicket = 0;
+    int m_nTimer = 0;
+    int m_nSilence = 0;
     ModbusCounters m_oCounters;
-    std::uint8_t m_nLastException;
+    std::uint8_t m_nLastException = 0;
 };

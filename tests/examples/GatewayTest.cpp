@@ -1,11 +1,16 @@
-#include "config/KorIniFile.h"
+#include "config/KorSafeIniFile.h"
+#include "fs/KorWholeFile.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Emulation.h"
+#include "tests/support/Patience.h"
 #include "tests/support/ScratchDir.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace
@@ -31,22 +36,25 @@ public:
     /// A gateway with these settings.
     std::vector<std::string> Gateway(const std::vector<std::string>& vecOptions = {}) const
     {
-        std::vector<std::string> vecCommand = {GATEWAY_PROGRAM, "-c", m_strIniFile};
+        std::vector<std::string> vecCommand = {GATEWAY_PROGRAM, "--config", m_strIniFile};
         vecCommand.insert(vecCommand.end(), vecOptions.begin(), vecOptions.end());
         return vecCommand;
     }
 
     /// Names another device in the settings.
-    void ReplaceDevice(const std::string& strDevice)
+    void ReplaceDevice(const std::string& strDevice) { Set("Line", "Device", strDevice); }
+
+    /// Changes a setting.
+    void Set(const char* pszSection, const char* pszOption, const std::string& strValue)
     {
-        CKorIniFile(m_strIniFile.c_str(), CKorIniFile::PATH_UNCHANGED)
-            .WriteOption("Line", "Device", strDevice.c_str());
+        EXPECT_TRUE(CKorSafeIniFile(m_strIniFile.c_str(), CKorIniFile::PATH_UNCHANGED)
+                        .WriteOption(pszSection, pszOption, strValue.c_str()));
     }
 
     /// What the gateway stored.
     std::string Stored(const char* pszSection, const char* pszOption) const
     {
-        CKorIniFile oFile(m_strIniFile.c_str(), CKorIniFile::PATH_UNCHANGED);
+        CKorSafeIniFile oFile(m_strIniFile.c_str(), CKorIniFile::PATH_UNCHANGED);
         return oFile.ReadOption(pszSection, pszOption, "missing");
     }
 
@@ -65,6 +73,14 @@ private:
     }
 };
 
+/// The content of a file, or nothing when there is none.
+std::string ReadIfThere(const std::string& strFile)
+{
+    std::string strContent;
+    KorReadFile(strFile.c_str(), strContent);
+    return strContent;
+}
+
 bool Holds(const std::string& strText, const std::string& strPart)
 {
     return strText.find(strPart) != std::string::npos;
@@ -72,23 +88,20 @@ bool Holds(const std::string& strText, const std::string& strPart)
 
 TEST(Gateway, ExplainsItself)
 {
-    const ChildResult oResult = RunProgram({GATEWAY_PROGRAM, "-help"});
-    EXPECT_EQ(0, oResult.nExitStatus);
-    EXPECT_EQ(0U, oResult.strOut.find("usage: gateway.bin ")) << oResult.strOut;
+    for (const char* pszOption : {"-h", "--help"}) {
+        const ChildResult oResult = RunProgram({GATEWAY_PROGRAM, pszOption});
+        EXPECT_EQ(0, oResult.nExitStatus);
+        EXPECT_EQ(0U, oResult.strOut.find("Usage: gateway ")) << oResult.strOut;
+    }
 }
 
-TEST(Gateway, RefusesAnUnknownArgument)
+TEST(Gateway, RefusesWrongUsage)
 {
-    const ChildResult oResult = RunProgram({GATEWAY_PROGRAM, "-x"});
-    EXPECT_EQ(2, oResult.nExitStatus);
-    EXPECT_TRUE(Holds(oResult.strErr, "unknown argument -x")) << oResult.strErr;
-}
-
-TEST(Gateway, RefusesAnIniFileWithoutName)
-{
-    const ChildResult oResult = RunProgram({GATEWAY_PROGRAM, "-once", "-c"});
-    EXPECT_EQ(2, oResult.nExitStatus);
-    EXPECT_TRUE(Holds(oResult.strErr, "-c needs a file")) << oResult.strErr;
+    for (const char* pszOption : {"--unknown", "leftover", "--config"}) {
+        const ChildResult oResult = RunProgram({GATEWAY_PROGRAM, "--once", pszOption});
+        EXPECT_EQ(2, oResult.nExitStatus);
+        EXPECT_TRUE(Holds(oResult.strErr, pszOption)) << oResult.strErr;
+    }
 }
 
 TEST(Gateway, WritesItsIniFileBesideTheProgramOnTheFirstStart)
@@ -97,46 +110,46 @@ TEST(Gateway, WritesItsIniFileBesideTheProgramOnTheFirstStart)
     std::filesystem::copy_file(GATEWAY_PROGRAM, oDir.File("gateway.bin"));
     std::filesystem::create_directory(oDir.File("elsewhere"));
     const std::string strStart =
-        "cd " + oDir.File("elsewhere") + " && " + oDir.File("gateway.bin") + " -once";
+        "cd " + oDir.File("elsewhere") + " && " + oDir.File("gateway.bin") + " --once";
     const ChildResult oResult = RunProgram({"sh", "-c", strStart});
     EXPECT_EQ(1, oResult.nExitStatus);
-    EXPECT_TRUE(Holds(oResult.strOut, "cannot open /dev/ttyAM0: No such file or directory"));
+    EXPECT_TRUE(Holds(oResult.strErr, "cannot open /dev/ttyAM0: No such file or directory"))
+        << oResult.strErr;
     const std::string strFile = ReadFile(oDir.File("gateway.ini"));
     EXPECT_EQ(0U, strFile.find("# Settings of the gateway.")) << strFile;
-    EXPECT_TRUE(Holds(strFile, "\nBaudrate=9600 # bit/s"));
+    EXPECT_TRUE(Holds(strFile, "\nSpeed=9600 # bit/s"));
 }
 
-TEST(Gateway, PrintsItsBannerAndTheLibrarys)
+TEST(Gateway, TellsItsVersionAndTheLibrarys)
 {
     const GatewayAndMeter oPair({});
-    const std::string strOut = RunProgram(oPair.Gateway({"-once"})).strOut;
-    EXPECT_TRUE(Holds(strOut, " Meter gateway, Version 1.0.0, Copyright (C) ")) << strOut;
-    EXPECT_TRUE(Holds(strOut, " Quentor libTarvo, Version 1.0.10, Copyright (C) ")) << strOut;
+    const std::string strErr = RunProgram(oPair.Gateway({"--once"})).strErr;
+    EXPECT_TRUE(Holds(strErr, " Meter gateway, Version 1.0.0, Copyright (C) ")) << strErr;
+    EXPECT_TRUE(Holds(strErr, " Quentor libTarvo, Version 1.0.10, Copyright (C) ")) << strErr;
 }
 
 TEST(Gateway, PollsOnceAndStoresTheReading)
 {
     const GatewayAndMeter oPair({});
-    const ChildResult oResult = RunProgram(oPair.Gateway({"-once"}));
-    EXPECT_EQ(0, oResult.nExitStatus) << oResult.strOut;
-    EXPECT_TRUE(Holds(oResult.strOut, "229.1 V, 5.13 A, 1175 W, 1000.007 kWh")) << oResult.strOut;
+    const ChildResult oResult = RunProgram(oPair.Gateway({"--once"}));
+    EXPECT_EQ(0, oResult.nExitStatus) << oResult.strErr;
+    EXPECT_TRUE(Holds(oResult.strErr, "229.1 V, 5.13 A, 1175 W, 1000.007 kWh")) << oResult.strErr;
     EXPECT_EQ("229.1", oPair.Stored("Reading", "Voltage"));
     EXPECT_EQ("1000.007", oPair.Stored("Reading", "Energy"));
     EXPECT_EQ("1", oPair.Stored("Counters", "Polls"));
     EXPECT_EQ("0", oPair.Stored("Counters", "Errors"));
-    // "2026-03-05 14:07:09.250" with its quotes
-    EXPECT_EQ(25U, oPair.Stored("Reading", "Time").size());
+    // 2026-03-05T14:07:09.250+01:00, or with a Z
+    EXPECT_EQ('T', oPair.Stored("Reading", "Time")[10]);
 }
 
-TEST(Gateway, KeepsCommentsAndCountsOnFromTheLastStart)
+TEST(Gateway, KeepsEveryByteButItsResultsAndCountsOnFromTheLastStart)
 {
     const GatewayAndMeter oPair({});
-    RunProgram(oPair.Gateway({"-once"}));
-    RunProgram(oPair.Gateway({"-once"}));
+    const std::string strBefore = ReadFile(oPair.m_strIniFile);
+    RunProgram(oPair.Gateway({"--once"}));
+    RunProgram(oPair.Gateway({"--once"}));
     EXPECT_EQ("2", oPair.Stored("Counters", "Polls"));
-    const std::string strFile = ReadFile(oPair.m_strIniFile);
-    EXPECT_EQ(0U, strFile.find("# mine\n"));
-    EXPECT_TRUE(Holds(strFile, "\nRetries=2 # enough\n")) << strFile;
+    EXPECT_EQ(0U, ReadFile(oPair.m_strIniFile).find(strBefore));
 }
 
 TEST(Gateway, EndsCleanlyOnASignalWithItsCountersStored)
@@ -144,11 +157,11 @@ TEST(Gateway, EndsCleanlyOnASignalWithItsCountersStored)
     for (const int nSignal : {SIGTERM, SIGINT}) {
         const GatewayAndMeter oPair({});
         ChildProcess oGateway(oPair.Gateway());
-        ASSERT_TRUE(oGateway.WaitForOutput("1000.035 kWh")) << oGateway.OutputSoFar();
+        ASSERT_TRUE(oGateway.WaitForErrors("1000.035 kWh")) << oGateway.ErrorsSoFar();
         oGateway.Signal(nSignal);
         const ChildResult oResult = oGateway.Wait();
         EXPECT_EQ(0, oResult.nExitStatus);
-        EXPECT_TRUE(Holds(oResult.strOut, " ends after 0:0")) << oResult.strOut;
+        EXPECT_TRUE(Holds(oResult.strErr, " ends after 0:0")) << oResult.strErr;
         EXPECT_GE(std::stoi(oPair.Stored("Counters", "Polls")), 5);
         EXPECT_EQ("0", oPair.Stored("Counters", "Errors"));
     }
@@ -156,116 +169,209 @@ TEST(Gateway, EndsCleanlyOnASignalWithItsCountersStored)
 
 TEST(Gateway, RepeatsARequestAfterAWrongAnswer)
 {
-    const GatewayAndMeter oPair({"-badcrc", "-every", "2"});
+    const GatewayAndMeter oPair({"--badcrc", "--every", "2"});
     ChildProcess oGateway(oPair.Gateway());
-    ASSERT_TRUE(oGateway.WaitForOutput("1000.035 kWh")) << oGateway.OutputSoFar();
+    ASSERT_TRUE(oGateway.WaitForErrors("1000.035 kWh")) << oGateway.ErrorsSoFar();
     oGateway.Signal(SIGTERM);
-    EXPECT_TRUE(Holds(oGateway.Wait().strOut, " wrong CRCs")) << oGateway.Wait().strOut;
-    EXPECT_FALSE(Holds(oGateway.Wait().strOut, " 0 wrong CRCs")) << oGateway.Wait().strOut;
+    const std::string strErr = oGateway.Wait().strErr;
+    EXPECT_TRUE(Holds(strErr, " wrong CRCs")) << strErr;
+    EXPECT_FALSE(Holds(strErr, " 0 wrong CRCs")) << strErr;
     EXPECT_EQ("0", oPair.Stored("Counters", "Errors"));
 }
 
 TEST(Gateway, CountsAPollWithoutAnswerAsAnError)
 {
-    const GatewayAndMeter oPair({"-silent"}, "50");
-    const ChildResult oResult = RunProgram(oPair.Gateway({"-once"}));
+    const GatewayAndMeter oPair({"--silent"}, "50");
+    const ChildResult oResult = RunProgram(oPair.Gateway({"--once"}));
     EXPECT_EQ(1, oResult.nExitStatus);
-    EXPECT_TRUE(Holds(oResult.strOut, "no reading: time-out")) << oResult.strOut;
-    EXPECT_TRUE(Holds(oResult.strOut, "2 repetitions, 3 time-outs")) << oResult.strOut;
+    EXPECT_TRUE(Holds(oResult.strErr, "no reading: time-out")) << oResult.strErr;
+    EXPECT_TRUE(Holds(oResult.strErr, "2 repetitions, 3 time-outs")) << oResult.strErr;
     EXPECT_EQ("1", oPair.Stored("Counters", "Errors"));
     EXPECT_EQ("", oPair.Stored("Reading", "Voltage"));
 }
 
-TEST(Gateway, OutlivesAMeterThatHangsUp)
+TEST(Gateway, ShowsTheCodeOfAnExceptionAndKeepsTheLine)
 {
-    const GatewayAndMeter oPair({"-hangup", "-every", "3"}, "50");
-    ChildProcess oGateway(oPair.Gateway());
-    ASSERT_TRUE(oGateway.WaitForOutput("no reading")) << oGateway.OutputSoFar();
+    const ScratchDir oDir;
+    const std::string strLink = oDir.File("meter");
+    ChildProcess oMeter({LINESIM_PROGRAM, "-l", strLink, "-e", "repeat", "-e",
+                         "expect 01 03 ??{4} crc16", "-e", "send 01 83 02 crc16", "-e", "end"});
+    ASSERT_TRUE(oMeter.WaitForOutput(strLink));
+    WriteFile(oDir.File("gw.ini"), "[Line]\nDevice=" + strLink + "\n[Meter]\nPollInterval=10\n" +
+                                       "[Process]\nPidFile=" + oDir.File("pid") + "\n");
+    ChildProcess oGateway({GATEWAY_PROGRAM, "-c", oDir.File("gw.ini")});
+    ASSERT_TRUE(oGateway.WaitForErrors("no reading: exception 2")) << oGateway.ErrorsSoFar();
     oGateway.Signal(SIGTERM);
-    EXPECT_EQ(0, oGateway.Wait().nExitStatus);
-    EXPECT_EQ("1000.014", oPair.Stored("Reading", "Energy"));
+    const ChildResult oResult = oGateway.Wait();
+    EXPECT_EQ(0, oResult.nExitStatus);
+    EXPECT_FALSE(Holds(oResult.strErr, "opened")) << oResult.strErr;
+    EXPECT_FALSE(Holds(oResult.strErr, "hung up")) << oResult.strErr;
 }
 
-TEST(Gateway, ReopensALineThatWasReplaced)
+TEST(Gateway, FindsALineThatWasUnpluggedAndCameBack)
 {
-    GatewayAndMeter oPair({"-hangup", "-every", "3"}, "50");
+    GatewayAndMeter oPair({"--hangup", "--every", "3"}, "50");
     const std::string strLink = oPair.m_oDir.File("line");
     std::filesystem::create_symlink(oPair.m_strDevice, strLink);
     oPair.ReplaceDevice(strLink);
     ChildProcess oGateway(oPair.Gateway());
-    ASSERT_TRUE(oGateway.WaitForOutput("no reading")) << oGateway.OutputSoFar();
+    ASSERT_TRUE(oGateway.WaitForErrors(" hung up")) << oGateway.ErrorsSoFar();
 
     ChildProcess oNewMeter(std::vector<std::string>{METER_PROGRAM});
     ASSERT_TRUE(oNewMeter.WaitForOutput("\n"));
     const std::string strOutput = oNewMeter.OutputSoFar();
     std::filesystem::remove(strLink);
     std::filesystem::create_symlink(strOutput.substr(0, strOutput.find('\n')), strLink);
-    EXPECT_TRUE(oGateway.WaitForOutput("1000.035 kWh")) << oGateway.OutputSoFar();
-    EXPECT_TRUE(Holds(oGateway.OutputSoFar(), "opened " + strLink + " again"));
+    EXPECT_TRUE(oGateway.WaitForErrors("1000.035 kWh")) << oGateway.ErrorsSoFar();
+    EXPECT_TRUE(Holds(oGateway.ErrorsSoFar(), "opened " + strLink));
     oGateway.Signal(SIGTERM);
     EXPECT_EQ(0, oGateway.Wait().nExitStatus);
 }
 
-TEST(Gateway, CanBeEndedBetweenTheRepetitionsToASilentMeter)
+TEST(Gateway, EndsAtOnceWhileItWaitsForASilentMeter)
 {
-    const GatewayAndMeter oPair({"-silent"}, "2000");
-    ChildProcess oGateway(oPair.Gateway({"-once", "-v"}));
-    ASSERT_TRUE(oGateway.WaitForOutput(" sent\n"));
+    const GatewayAndMeter oPair({"--silent"}, "10000");
+    ChildProcess oGateway(oPair.Gateway({"--verbose"}));
+    ASSERT_TRUE(oGateway.WaitForErrors("debug: sent 01 03")) << oGateway.ErrorsSoFar();
+    oGateway.Signal(SIGTERM);
+    const ChildResult oResult = oGateway.Wait();
+    EXPECT_EQ(0, oResult.nExitStatus);
+    EXPECT_TRUE(Holds(oResult.strErr, ": 1 polls, 0 repetitions, 0 time-outs")) << oResult.strErr;
+}
+
+TEST(Gateway, EndsOnASecondSignalToo)
+{
+    const GatewayAndMeter oPair({});
+    ChildProcess oGateway(oPair.Gateway());
+    ASSERT_TRUE(oGateway.WaitForErrors(" kWh"));
+    oGateway.Signal(SIGTERM);
     oGateway.Signal(SIGTERM);
     EXPECT_EQ(0, oGateway.Wait().nExitStatus);
-    EXPECT_FALSE(Holds(oGateway.Wait().strOut, "no reading")) << oGateway.Wait().strOut;
+    EXPECT_GE(std::stoi(oPair.Stored("Counters", "Polls")), 1);
+}
+
+TEST(Gateway, ReadsItsSettingsAgainOnAHangUpSignal)
+{
+    GatewayAndMeter oPair({});
+    ChildProcess oGateway(oPair.Gateway());
+    ASSERT_TRUE(oGateway.WaitForErrors(" kWh"));
+    oPair.Set("Meter", "Retries", "eleven");
+    oGateway.Signal(SIGHUP);
+    ASSERT_TRUE(oGateway.WaitForErrors("the old settings stay in force"));
+    EXPECT_TRUE(Holds(oGateway.ErrorsSoFar(), "gw.ini:7: [Meter] Retries=eleven"))
+        << oGateway.ErrorsSoFar();
+
+    oPair.Set("Meter", "Retries", "1");
+    oPair.Set("Meter", "Station", "9"); // where nobody answers
+    oGateway.Signal(SIGHUP);
+    EXPECT_TRUE(oGateway.WaitForErrors("settings read again"));
+    oPair.Set("Meter", "Station", "1");
+    oGateway.Signal(SIGTERM);
+    const ChildResult oResult = oGateway.Wait();
+    EXPECT_EQ(0, oResult.nExitStatus);
+    EXPECT_FALSE(Holds(oResult.strErr, "opened")) << "the line did not change: " << oResult.strErr;
+    EXPECT_EQ("1", oPair.Stored("Meter", "Retries"));
+}
+
+TEST(Gateway, StoresItsResultsWhileItRuns)
+{
+    GatewayAndMeter oPair({});
+    oPair.Set("Process", "StoreInterval", "1");
+    ChildProcess oGateway(oPair.Gateway());
+    EXPECT_TRUE(WaitUntil([&] { return oPair.Stored("Reading", "Energy") != "missing"; }));
+    oGateway.Signal(SIGKILL);
+    oGateway.Wait();
+    EXPECT_EQ('1', oPair.Stored("Reading", "Energy")[0]);
+}
+
+TEST(Gateway, IsNotHeldUpByAStandardOutputThatStalls)
+{
+    const GatewayAndMeter oPair({});
+    int anPipe[2];
+    ASSERT_EQ(0, pipe2(anPipe, O_CLOEXEC));
+    fcntl(anPipe[1], F_SETFL, O_NONBLOCK);
+    while (write(anPipe[1], "#", 1) == 1) {
+    }
+    fcntl(anPipe[1], F_SETFL, 0);
+    ChildProcess oGateway([&] {
+        dup2(anPipe[1], STDOUT_FILENO);
+        dup2(anPipe[1], STDERR_FILENO);
+        execl(GATEWAY_PROGRAM, GATEWAY_PROGRAM, "-c", oPair.m_strIniFile.c_str(), nullptr);
+        return 127;
+    });
+    EXPECT_TRUE(WaitUntil([&] { return !ReadIfThere(oPair.m_oDir.File("gw.pid")).empty(); }));
+    oGateway.Signal(SIGTERM);
+    EXPECT_EQ(0, oGateway.Wait().nExitStatus);
+    EXPECT_NE("missing", oPair.Stored("Counters", "Polls"));
+    close(anPipe[0]);
+    close(anPipe[1]);
 }
 
 TEST(Gateway, ShowsEachTelegramWhenAsked)
 {
     const GatewayAndMeter oPair({});
-    const ChildResult oResult = RunProgram(oPair.Gateway({"-once", "-v"}));
-    EXPECT_TRUE(Holds(oResult.strOut, " sent\nAddress: 0x")) << oResult.strOut;
-    EXPECT_TRUE(Holds(oResult.strOut, "0x0000 01 03 00 00 00 05 85 c9 ")) << oResult.strOut;
-    EXPECT_TRUE(Holds(oResult.strOut, " received\nAddress: 0x")) << oResult.strOut;
-    EXPECT_TRUE(Holds(oResult.strOut, "0x0000 01 03 0a 00 0f 42 47 ")) << oResult.strOut;
+    const ChildResult oResult = RunProgram(oPair.Gateway({"--once", "-v"}));
+    EXPECT_TRUE(Holds(oResult.strErr, "debug: sent 01 03 00 00 00 05 85 C9\n")) << oResult.strErr;
+    EXPECT_TRUE(Holds(oResult.strErr, "debug: received 01 03 0A 00 0F 42 47 ")) << oResult.strErr;
 }
 
 TEST(Gateway, RefusesToStartTwiceOnOneProcessIdFile)
 {
     const GatewayAndMeter oPair({});
     ChildProcess oFirst(oPair.Gateway());
-    ASSERT_TRUE(oFirst.WaitForOutput(" kWh"));
+    ASSERT_TRUE(oFirst.WaitForErrors(" kWh"));
     const std::string strID = std::to_string(oFirst.Id());
     EXPECT_EQ(strID + "\n", ReadFile(oPair.m_oDir.File("gw.pid")));
 
-    const ChildResult oSecond = RunProgram(oPair.Gateway({"-once"}));
+    const ChildResult oSecond = RunProgram(oPair.Gateway({"--once"}));
     EXPECT_EQ(1, oSecond.nExitStatus);
-    EXPECT_TRUE(Holds(oSecond.strOut, "already running as process " + strID)) << oSecond.strOut;
+    EXPECT_TRUE(Holds(oSecond.strErr, "already running as process " + strID)) << oSecond.strErr;
 
     oFirst.Signal(SIGTERM);
     EXPECT_EQ(0, oFirst.Wait().nExitStatus);
-    EXPECT_EQ("", ReadFile(oPair.m_oDir.File("gw.pid")));
-    EXPECT_EQ(0, RunProgram(oPair.Gateway({"-once"})).nExitStatus);
+    EXPECT_EQ(0, RunProgram(oPair.Gateway({"--once"})).nExitStatus);
+}
+
+TEST(Gateway, RefusesADeviceThatAnotherInstanceHas)
+{
+    GatewayAndMeter oPair({});
+    ChildProcess oFirst(oPair.Gateway());
+    ASSERT_TRUE(oFirst.WaitForErrors(" kWh"));
+    const std::string strOther = oPair.m_oDir.File("other.ini");
+    WriteFile(strOther, "[Line]\nDevice=" + oPair.m_strDevice +
+                            "\n[Process]\nPidFile=" + oPair.m_oDir.File("other.pid") + "\n");
+    const ChildResult oSecond = RunProgram({GATEWAY_PROGRAM, "--once", "-c", strOther});
+    EXPECT_EQ(1, oSecond.nExitStatus);
+    EXPECT_TRUE(
+        Holds(oSecond.strErr, "cannot open " + oPair.m_strDevice + ": Device or resource busy"))
+        << oSecond.strErr;
+    oFirst.Signal(SIGTERM);
+    EXPECT_TRUE(Holds(oFirst.Wait().strErr, " 0 time-outs"));
 }
 
 TEST(Gateway, NamesASettingThatMakesNoSense)
 {
     const std::pair<const char*, const char*> aSettings[] = {
-        {"[Line]\nBaudrate=9601\n", "[Line] Baudrate"},
-        {"[Line]\nBaudrate=fast\n", "[Line] Baudrate"},
-        {"[Line]\nParity=some\n", "[Line] Parity"},
-        {"[Line]\nStopBits=3\n", "[Line] StopBits"},
-        {"[Meter]\nStation=0\n", "[Meter] Station"},
-        {"[Meter]\nPollInterval=1s\n", "[Meter] PollInterval"},
-        {"[Meter]\nTimeout=\n", "[Meter] Timeout"},
-        {"[Meter]\nTimeout=10001\n", "[Meter] Timeout"},
-        {"[Meter]\nRetries=-1\n", "[Meter] Retries"},
-        {"[Meter]\nRetries=11\n", "[Meter] Retries"},
-        {"[Counters]\nPolls=x\n", "[Counters] Polls"},
+        {"[Line]\nSpeed=0\n", "gw.ini:2: [Line] Speed=0"},
+        {"[Line]\nSpeed=fast\n", "gw.ini:2: [Line] Speed=fast"},
+        {"[Line]\nParity=some\n", "[Line] Parity=some"},
+        {"[Line]\nStopBits=3\n", "[Line] StopBits=3"},
+        {"[Meter]\nStation=0\n", "[Meter] Station=0"},
+        {"[Meter]\nPollInterval=1s\n", "[Meter] PollInterval=1s"},
+        {"[Meter]\nTimeout=\n", "[Meter] Timeout="},
+        {"[Meter]\nTimeout=10001\n", "[Meter] Timeout=10001"},
+        {"[Meter]\nRetries=-1\n", "[Meter] Retries=-1"},
+        {"[Meter]\nRetries=11\n", "[Meter] Retries=11"},
+        {"[Counters]\nPolls=x\n", "[Counters] Polls=x"},
+        {"[Meter]\nPolInterval=5\n", "gw.ini:2: [Meter] PolInterval"},
     };
     const ScratchDir oDir;
     for (const auto& [pszContent, pszComplaint] : aSettings) {
         WriteFile(oDir.File("gw.ini"), pszContent);
         const ChildResult oResult =
-            RunProgram({GATEWAY_PROGRAM, "-once", "-c", oDir.File("gw.ini")});
+            RunProgram({GATEWAY_PROGRAM, "--once", "-c", oDir.File("gw.ini")});
         EXPECT_EQ(1, oResult.nExitStatus);
-        EXPECT_TRUE(Holds(oResult.strOut, pszComplaint)) << oResult.strOut;
+        EXPECT_TRUE(Holds(oResult.strErr, pszComplaint)) << oResult.strErr;
         EXPECT_EQ(pszContent, ReadFile(oDir.File("gw.ini")));
     }
 }
@@ -273,9 +379,77 @@ TEST(Gateway, NamesASettingThatMakesNoSense)
 TEST(Gateway, SaysWhenItCannotWriteItsIniFile)
 {
     const ChildResult oResult =
-        RunProgram({GATEWAY_PROGRAM, "-once", "-c", "/nowhere/at/all/gw.ini"});
+        RunProgram({GATEWAY_PROGRAM, "--once", "-c", "/nowhere/at/all/gw.ini"});
     EXPECT_EQ(1, oResult.nExitStatus);
-    EXPECT_TRUE(Holds(oResult.strOut, "cannot write /nowhere/at/all/gw.ini")) << oResult.strOut;
+    EXPECT_TRUE(Holds(oResult.strErr, "cannot write /nowhere/at/all/gw.ini: No such file"))
+        << oResult.strErr;
+}
+
+/// How many descriptors a process has open.
+std::ptrdiff_t OpenDescriptors(pid_t nProcess)
+{
+    const std::filesystem::directory_iterator oFirst("/proc/" + std::to_string(nProcess) + "/fd");
+    return std::distance(oFirst, std::filesystem::directory_iterator());
+}
+
+TEST(Gateway, OutlivesAHundredUnpluggingsAsSessionLeader)
+{
+    const int nTimes = UnderEmulation() ? 10 : 100;
+    const ScratchDir oDir;
+    const std::string strLink = oDir.File("meter");
+    const std::string strAnswer = "send 01 03 0A 00 0F 42 47 08 F3 02 01 04 97 crc16";
+    ChildProcess oMeter({LINESIM_PROGRAM,
+                         "-l",
+                         strLink,
+                         "--timeout",
+                         "60000",
+                         "-e",
+                         "repeat " + std::to_string(nTimes),
+                         "-e",
+                         "expect * 01 03 ??{4} crc16",
+                         "-e",
+                         strAnswer,
+                         "-e",
+                         "hangup",
+                         "-e",
+                         "comeback",
+                         "-e",
+                         "end",
+                         "-e",
+                         "repeat",
+                         "-e",
+                         "expect * 01 03 ??{4} crc16",
+                         "-e",
+                         strAnswer,
+                         "-e",
+                         "end"});
+    ASSERT_TRUE(oMeter.WaitForOutput(strLink));
+    WriteFile(oDir.File("gw.ini"), "[Line]\nDevice=" + strLink +
+                                       "\n[Meter]\nPollInterval=2\nTimeout=10000\n" +
+                                       "[Process]\nPidFile=" + oDir.File("pid") + "\n");
+    ChildProcess oGateway([&oDir] {
+        setsid();
+        execl(GATEWAY_PROGRAM, GATEWAY_PROGRAM, "-c", oDir.File("gw.ini").c_str(), nullptr);
+        return 127;
+    });
+    ASSERT_TRUE(oGateway.WaitForErrors(" hung up")) << oGateway.ErrorsSoFar();
+    const auto fnOpened = [&oGateway] {
+        const std::string strLog = oGateway.ErrorsSoFar();
+        int nCount = 0;
+        for (std::size_t nPos = 0; (nPos = strLog.find(" opened ", nPos)) != std::string::npos;
+             ++nPos)
+            ++nCount;
+        return nCount;
+    };
+    ASSERT_TRUE(WaitUntil([&] { return fnOpened() >= 2; }));
+    const std::ptrdiff_t nBefore = OpenDescriptors(oGateway.Id());
+    ASSERT_TRUE(WaitUntil([&] { return fnOpened() >= nTimes; })) << fnOpened();
+    const std::size_t nLog = oGateway.ErrorsSoFar().size();
+    EXPECT_TRUE(
+        WaitUntil([&] { return oGateway.ErrorsSoFar().find(" kWh", nLog) != std::string::npos; }));
+    EXPECT_LE(OpenDescriptors(oGateway.Id()), nBefore + 1);
+    oGateway.Signal(SIGTERM);
+    EXPECT_EQ(0, oGateway.Wait().nExitStatus);
 }
 
 } // namespace

@@ -1,9 +1,11 @@
 #include "examples/modbus/ModbusRtuClient.h"
 #include "serial/KorSerial.h"
+#include "tests/examples/PortModbusClient.h"
 #include "tests/examples/SocatLine.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Emulation.h"
 #include "tests/support/Patience.h"
+#include "tests/support/ScratchDir.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -41,7 +43,7 @@ protected:
     SocatLine m_oLine;
     ChildProcess m_oServer;
     CKorSerial m_oPort;
-    ModbusRtuClient m_oClient;
+    PortModbusClient m_oClient;
 };
 
 TEST_F(ModbusPeer, AnswersTwoHundredExchangesAndLosesNone)
@@ -77,6 +79,41 @@ TEST_F(ModbusPeer, RefusesRegistersThatItDoesNotHave)
                                         vecValues));
     EXPECT_EQ(std::vector<std::uint16_t>{Expected(MODBUS_READ_HOLDING_REGISTERS, REGISTERS - 1)},
               vecValues);
+}
+
+/// The same server, and a client on an event loop. The server makes its end raw, nobody ours.
+TEST(ModbusPeerOnALoop, AnswersTwoHundredExchangesAndLosesNone)
+{
+    const unsigned int nExchanges = UnderEmulation() ? 50 : 200;
+    const ScratchDir oFolder;
+    ChildProcess oCable(
+        {LINESIM_PROGRAM, "--join", "-l", oFolder.File("A"), "-l", oFolder.File("B")});
+    ASSERT_TRUE(oCable.WaitForOutput(oFolder.File("B") + "\n"));
+    ChildProcess oServer({MODBUS_SERVER_PROGRAM, oFolder.File("A"), std::to_string(STATION),
+                          std::to_string(REGISTERS)});
+    ASSERT_TRUE(oServer.WaitForOutput("ready"));
+    CKorEventLoop oLoop;
+    CKorSerialLine oLine;
+    ASSERT_EQ(CKorSerial::SERIAL_OK, oLine.Open(oFolder.File("B").c_str()));
+    ModbusRtuClient oClient(oLoop, oLine, PATIENCE_MS, 0);
+    ASSERT_TRUE(oClient.Attach());
+    for (unsigned int nExchange = 0; nExchange < nExchanges; ++nExchange) {
+        const auto nCount = static_cast<std::uint16_t>(1 + nExchange * 31 % MODBUS_MAX_REGISTERS);
+        const auto nRegister =
+            static_cast<std::uint16_t>(nExchange * 17 % (REGISTERS - nCount + 1U));
+        ASSERT_TRUE(
+            oClient.Start({STATION, MODBUS_READ_HOLDING_REGISTERS, nRegister, nCount},
+                          [&](EModbusResult eResult, const std::vector<std::uint16_t>& vecValues) {
+                              EXPECT_EQ(MODBUS_OK, eResult);
+                              ASSERT_EQ(nCount, vecValues.size());
+                              for (int i = 0; i < nCount; ++i)
+                                  EXPECT_EQ(Expected(MODBUS_READ_HOLDING_REGISTERS, nRegister + i),
+                                            vecValues[static_cast<std::size_t>(i)]);
+                              oLoop.Stop();
+                          }));
+        oLoop.Run();
+    }
+    EXPECT_EQ(0U, oClient.Counters().nRetries);
 }
 
 } // namespace

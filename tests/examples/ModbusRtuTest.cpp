@@ -1,13 +1,8 @@
 #include "examples/modbus/ModbusRtu.h"
-#include "examples/modbus/ModbusRtuClient.h"
-#include "serial/KorSerial.h"
-#include "tests/support/Patience.h"
-#include "tests/support/PseudoTerminal.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace
@@ -98,130 +93,41 @@ TEST(ModbusRtu, ReadsTheCodeOfAnException)
     EXPECT_EQ(Values{1}, vecValues);
 }
 
-/// A client on a port, and at the far end a device that answers as the test says.
-class ModbusRtuClientOnALine : public testing::Test
+/// "OK", "time-out", ... for the bytes that came in answer to REQUEST.
+std::string Found(const std::string& strReceived)
 {
-protected:
-    ModbusRtuClientOnALine()
-    {
-        m_oLine.MakeRaw();
-        EXPECT_EQ(0, m_oPort.open(m_oLine.Name(), CKorSerial::BAUD_19200, CKorSerial::PARITY_NONE,
-                                  CKorSerial::STOPBITS_1, CKorSerial::BYTESIZE_8, nullptr));
-    }
-
-    /// Answers one request after the other with these telegrams.
-    std::thread Device(const std::vector<std::string>& vecAnswers)
-    {
-        return std::thread([this, vecAnswers]() {
-            for (const std::string& strAnswer : vecAnswers) {
-                EXPECT_EQ(ModbusRequestTelegram(REQUEST), m_oLine.Receive(MODBUS_REQUEST_LENGTH));
-                m_oLine.Send(strAnswer);
-            }
-        });
-    }
-
-    EModbusResult Read(int nTimeout, unsigned int nRetries,
-                       const std::vector<std::string>& vecAnswers)
-    {
-        std::thread oDevice = Device(vecAnswers);
-        ModbusRtuClient oClient(m_oPort, nTimeout, nRetries);
-        const EModbusResult eResult = oClient.Read(REQUEST, m_vecValues);
-        m_oCounters = oClient.Counters();
-        oDevice.join();
-        return eResult;
-    }
-
-    PseudoTerminal m_oLine;
-    CKorSerial m_oPort;
-    Values m_vecValues;
-    ModbusCounters m_oCounters;
-};
-
-TEST_F(ModbusRtuClientOnALine, ReadsRegisters)
-{
-    EXPECT_EQ(MODBUS_OK, Read(PATIENCE_MS, 0, {RESPONSE}));
-    EXPECT_EQ(VALUES, m_vecValues);
-    EXPECT_EQ(1U, m_oCounters.nRequests);
-    EXPECT_EQ(0U, m_oCounters.nRetries);
+    Values vecValues;
+    std::uint8_t nException = 0;
+    const EModbusResult eResult = ModbusFindResponse(REQUEST, strReceived, vecValues, nException);
+    EXPECT_EQ(eResult == MODBUS_OK, vecValues == VALUES);
+    return ModbusResultText(eResult);
 }
 
-TEST_F(ModbusRtuClientOnALine, KnowsAnExceptionWithoutWaitingForMore)
+const std::string OTHERS = ModbusResponseTelegram({18, 3, 107, 3}, {1, 2, 3});
+
+TEST(ModbusRtu, FindsTheResponseBehindWhatIsNone)
 {
-    const std::string strException = ModbusExceptionTelegram(REQUEST, MODBUS_ILLEGAL_VALUE);
-    EXPECT_EQ(MODBUS_EXCEPTION, Read(PATIENCE_MS, 5, {strException}));
-    EXPECT_EQ(1U, m_oCounters.nExceptions);
-    EXPECT_EQ(0U, m_oCounters.nTimeouts);
-    EXPECT_EQ(0U, m_oCounters.nRetries);
+    EXPECT_EQ(Found(RESPONSE), ModbusResultText(MODBUS_OK));
+    EXPECT_EQ(Found("\xFF" + RESPONSE), ModbusResultText(MODBUS_OK));
+    EXPECT_EQ(Found("\x11\x03" + RESPONSE + "more"), ModbusResultText(MODBUS_OK));
+    EXPECT_EQ(Found(ModbusRequestTelegram(REQUEST) + RESPONSE), ModbusResultText(MODBUS_OK));
+    EXPECT_EQ(Found(OTHERS + RESPONSE), ModbusResultText(MODBUS_OK));
+    EXPECT_EQ(Found(ModbusResponseTelegram({17, 3, 0, 2}, {1, 2}) + RESPONSE),
+              ModbusResultText(MODBUS_OK));
+    EXPECT_EQ(Found("?" + ModbusExceptionTelegram(REQUEST, MODBUS_ILLEGAL_ADDRESS)),
+              ModbusResultText(MODBUS_EXCEPTION));
 }
 
-TEST_F(ModbusRtuClientOnALine, RepeatsAfterWrongAnswersAndCountsThem)
+TEST(ModbusRtu, SaysWhatCameInsteadOfTheResponse)
 {
     std::string strBadCrc = RESPONSE;
     strBadCrc.back() = '\0';
-    const std::string strOther = ModbusResponseTelegram({18, 3, 107, 3}, VALUES);
-    EXPECT_EQ(MODBUS_OK, Read(PATIENCE_MS, 2, {strBadCrc, strOther, RESPONSE}));
-    EXPECT_EQ(VALUES, m_vecValues);
-    EXPECT_EQ(1U, m_oCounters.nRequests);
-    EXPECT_EQ(2U, m_oCounters.nRetries);
-    EXPECT_EQ(1U, m_oCounters.nCrcErrors);
-    EXPECT_EQ(1U, m_oCounters.nOtherErrors);
-    EXPECT_EQ(0U, m_oCounters.nTimeouts);
-}
-
-TEST_F(ModbusRtuClientOnALine, GivesUpAfterItsRetries)
-{
-    EXPECT_EQ(MODBUS_TIMEOUT, Read(50, 2, {"", "", ""}));
-    EXPECT_EQ(1U, m_oCounters.nRequests);
-    EXPECT_EQ(2U, m_oCounters.nRetries);
-    EXPECT_EQ(3U, m_oCounters.nTimeouts);
-}
-
-TEST_F(ModbusRtuClientOnALine, APartOfAnAnswerIsATimeout)
-{
-    EXPECT_EQ(MODBUS_TIMEOUT, Read(500, 0, {RESPONSE.substr(0, 6)}));
-}
-
-TEST_F(ModbusRtuClientOnALine, AWholeButShorterAnswerIsMalformed)
-{
-    EXPECT_EQ(MODBUS_MALFORMED, Read(3000, 0, {ModbusResponseTelegram(REQUEST, {1, 2})}));
-    EXPECT_EQ(1U, m_oCounters.nOtherErrors);
-}
-
-TEST_F(ModbusRtuClientOnALine, DropsWhatCameBeforeTheRequest)
-{
-    m_oLine.Send("stale");
-    ASSERT_EQ(0, m_oPort.WaitForResponse(5, PATIENCE_MS));
-    EXPECT_EQ(MODBUS_OK, Read(PATIENCE_MS, 0, {RESPONSE}));
-    EXPECT_EQ(VALUES, m_vecValues);
-}
-
-TEST_F(ModbusRtuClientOnALine, ReportsWhatCannotBeSent)
-{
-    m_oPort.close();
-    EXPECT_EQ(MODBUS_SEND_ERROR, Read(PATIENCE_MS, 1, {}));
-    EXPECT_EQ(2U, m_oCounters.nOtherErrors);
-}
-
-TEST_F(ModbusRtuClientOnALine, ShowsEachTelegram)
-{
-    class Watching : public ModbusRtuClient
-    {
-    public:
-        using ModbusRtuClient::ModbusRtuClient;
-        void TelegramSent(const std::string& strTelegram) override { m_strSent += strTelegram; }
-        void TelegramReceived(const std::string& strTelegram) override
-        {
-            m_strReceived += strTelegram;
-        }
-        std::string m_strSent;
-        std::string m_strReceived;
-    };
-    std::thread oDevice = Device({RESPONSE});
-    Watching oClient(m_oPort, PATIENCE_MS, 0);
-    EXPECT_EQ(MODBUS_OK, oClient.Read(REQUEST, m_vecValues));
-    EXPECT_EQ(ModbusRequestTelegram(REQUEST), oClient.m_strSent);
-    EXPECT_EQ(RESPONSE, oClient.m_strReceived);
-    oDevice.join();
+    EXPECT_EQ(Found(""), ModbusResultText(MODBUS_TIMEOUT));
+    EXPECT_EQ(Found(RESPONSE.substr(0, 10)), ModbusResultText(MODBUS_TIMEOUT));
+    EXPECT_EQ(Found(ModbusRequestTelegram(REQUEST)), ModbusResultText(MODBUS_TIMEOUT));
+    EXPECT_EQ(Found(strBadCrc), ModbusResultText(MODBUS_BAD_CRC));
+    EXPECT_EQ(Found(OTHERS), ModbusResultText(MODBUS_WRONG_STATION));
+    EXPECT_EQ(Found(ModbusResponseTelegram(REQUEST, {1, 2})), ModbusResultText(MODBUS_MALFORMED));
 }
 
 } // namespace

@@ -1,12 +1,15 @@
 #include "serial/KorSerial.h"
+#include "serial/KorSerialLine.h"
 #include "tests/examples/SocatLine.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Patience.h"
+#include "tests/support/PseudoTerminal.h"
 #include "tests/support/ScratchDir.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
 
 namespace
 {
@@ -73,6 +76,26 @@ TEST(Nmea, SentencesAreTakenByTheirDelimiterWithRightChecksums)
     }
     EXPECT_EQ("", oPort.GetReceivedData());
     EXPECT_EQ(0, oReceiver.Wait().nExitStatus);
+}
+
+TEST(Nmea, SentencesAreReadFromALineThatNobodyMadeRaw)
+{
+    constexpr int SENTENCES = 300;
+    const PseudoTerminal oTerminal;
+    CKorSerialLine oLine;
+    ASSERT_EQ(CKorSerial::SERIAL_OK, oLine.Open(oTerminal.Name()));
+    std::thread oReceiver([&oTerminal] {
+        for (int nNumber = 0; nNumber < SENTENCES; ++nNumber)
+            oTerminal.Send(Sentence(nNumber));
+    });
+    for (int nNumber = 0; nNumber < SENTENCES; ++nNumber) {
+        std::string strSentence;
+        EXPECT_EQ(CKorSerial::SERIAL_OK, oLine.ReadUntil("\r\n", strSentence, PATIENCE_MS));
+        EXPECT_TRUE(ChecksumIsRight(strSentence)) << strSentence;
+        EXPECT_EQ(Sentence(nNumber), strSentence);
+    }
+    oReceiver.join();
+    EXPECT_EQ(0U, oLine.GetHeldCount());
 }
 
 TEST(Nmea, ADamagedSentenceHasAWrongChecksum)

@@ -103,12 +103,27 @@ std::string ChildProcess::OutputSoFar() const
     return Content(m_nOutFile);
 }
 
+std::string ChildProcess::ErrorsSoFar() const
+{
+    return Content(m_nErrFile);
+}
+
 bool ChildProcess::WaitForOutput(const std::string& strText)
 {
+    return WaitFor(m_nOutFile, strText);
+}
+
+bool ChildProcess::WaitForErrors(const std::string& strText)
+{
+    return WaitFor(m_nErrFile, strText);
+}
+
+bool ChildProcess::WaitFor(int nFile, const std::string& strText)
+{
     const auto oDeadline = std::chrono::steady_clock::now() + PATIENCE;
-    while (OutputSoFar().find(strText) == std::string::npos) {
+    while (Content(nFile).find(strText) == std::string::npos) {
         if (Poll() || std::chrono::steady_clock::now() > oDeadline)
-            return OutputSoFar().find(strText) != std::string::npos;
+            return Content(nFile).find(strText) != std::string::npos;
         std::this_thread::sleep_for(POLL_INTERVAL);
     }
     return true;

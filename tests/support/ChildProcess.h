@@ -39,6 +39,9 @@ public:
     std::string OutputSoFar() const;
     /// Waits until its output holds @p strText; false when it ended or 60 s passed without it.
     bool WaitForOutput(const std::string& strText);
+    /// The same for its standard error.
+    std::string ErrorsSoFar() const;
+    bool WaitForErrors(const std::string& strText);
     /// Waits for its end; fails the running test and kills it after 60 s.
     const ChildResult& Wait();
 
@@ -46,6 +49,7 @@ private:
     void Launch(const std::function<int()>& fnMain, const std::string& strInput);
     bool Poll();
     std::string Content(int nFile) const;
+    bool WaitFor(int nFile, const std::string& strText);
 
     pid_t m_nPID = -1;
     int m_nOutFile = -1;
