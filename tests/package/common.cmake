@@ -21,7 +21,8 @@ endfunction()
 # outside, and compares what it prints.
 function(expect_output pattern)
   unset(ENV{LD_LIBRARY_PATH})
-  execute_process(COMMAND ${EMULATOR} ${ARGN} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${EMULATOR} ${ARGN} OUTPUT_VARIABLE output ERROR_VARIABLE output
+    COMMAND_ERROR_IS_FATAL ANY)
   if(NOT output MATCHES "${pattern}")
     message(FATAL_ERROR "expected:\n${pattern}\nprinted:\n${output}")
   endif()
