@@ -18,6 +18,7 @@
 #include <random>
 #include <signal.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
@@ -218,6 +219,29 @@ TEST_F(KorSafeIniFault, AFileChangedByHandBetweenReadingAndReplacingIsNotOverwri
         EXPECT_GE(1U, Names().size());
         EXPECT_TRUE(oFile.WriteOption("S", "a", "1"));
     }
+}
+
+TEST_F(KorSafeIniFault, AFileChangedWithoutATraceInItsTimesIsNotOverwritten)
+{
+    WriteFile(m_strFile, Text("0"));
+    const int hFile = open(m_strFile.c_str(), O_RDWR);
+    void* const pMapping = mmap(nullptr, 8, PROT_READ | PROT_WRITE, MAP_SHARED, hFile, 0);
+    ASSERT_NE(MAP_FAILED, pMapping);
+    // A page that has been written to takes further bytes without a new time stamp.
+    char* const pValue = static_cast<char*>(pMapping) + 6;
+    *pValue = '0';
+    Settings oFile(m_strFile);
+    {
+        const CallWatch oWatch([&](const std::string& strCall) {
+            *pValue = strCall == "fsync" ? '9' : *pValue;
+            return 0;
+        });
+        EXPECT_FALSE(oFile.WriteOption("S", "a", "1"));
+    }
+    EXPECT_EQ(ESTALE, oFile.GetLastError());
+    EXPECT_EQ(Text("9"), Content());
+    munmap(pMapping, 8);
+    close(hFile);
 }
 
 TEST_F(KorSafeIniFault, AFileMadeByHandWhileItIsMadeIsNotOverwritten)
