@@ -23,10 +23,7 @@ OptionalText Variable(const char* pszName)
 /// The name of the zone that TZ asks for, as C libraries understand it.
 std::string NameIn(const OptionalText& strZone)
 {
-    if (!strZone)
-        return "/etc/localtime";
-    const std::string strName = strZone->substr(strZone->find(':') == 0 ? 1 : 0);
-    return strZone->empty() ? "UTC0" : strName;
+    return strZone ? strZone->substr(strZone->find(':') == 0 ? 1 : 0) : "/etc/localtime";
 }
 
 /// What changes with a file.

@@ -20,8 +20,8 @@ struct SChange
 };
 
 /// The changes of a rule from years before an instant to more than 400 years behind it, ascending.
-/// Of those at the same instant only the one that counts is left, which is the latest by the
-/// calendar: summer time may end at the end of a year and begin again that very second.
+/// Of those at the same instant the last one counts, which is the latest by the calendar: summer
+/// time may end at the end of a year and begin again that very second.
 std::vector<SChange> ChangesAround(const CKorZoneRule& oRule, std::int64_t nFrom)
 {
     constexpr std::int64_t SECONDS_PER_YEAR = 31556952;
@@ -35,10 +35,6 @@ std::vector<SChange> ChangesAround(const CKorZoneRule& oRule, std::int64_t nFrom
     }
     const auto fnBefore = [](const SChange& a, const SChange& b) { return a.nSecond < b.nSecond; };
     std::stable_sort(vecChanges.begin(), vecChanges.end(), fnBefore);
-    const auto fnSame = [](const SChange& a, const SChange& b) { return a.nSecond == b.nSecond; };
-    // Backwards, because of equal ones the first that is met stays.
-    vecChanges.erase(vecChanges.begin(),
-                     std::unique(vecChanges.rbegin(), vecChanges.rend(), fnSame).base());
     return vecChanges;
 }
 

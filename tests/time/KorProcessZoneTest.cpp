@@ -7,9 +7,11 @@
 
 #include <cstdio>
 #include <ctime>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <thread>
+#include <unistd.h>
 
 namespace
 {
@@ -105,6 +107,23 @@ TEST(KorProcessZone, FollowsAFileThatIsReplaced)
     EXPECT_EQ(0, OffsetAt(0));
     WriteFile(strPath, oFile.Content());
     EXPECT_EQ(19, OffsetAt(0));
+}
+
+TEST(KorProcessZone, FollowsAFileThatIsWrittenFasterThanItsTimesTell)
+{
+    const ScratchDir oDir;
+    ZoneFile oZone;
+    WriteFile(oDir.File("zone"), oZone.Content());
+    const TimeZoneScope oScope(oDir.File("zone"));
+    const int nFile = open(oDir.File("zone").c_str(), O_WRONLY);
+    for (std::int32_t nOffset = 1; nOffset < 300; ++nOffset) {
+        oZone.vecTypes[1].nOffset = nOffset;
+        const std::string strContent = oZone.Content();
+        ASSERT_EQ(static_cast<ssize_t>(strContent.size()),
+                  pwrite(nFile, strContent.data(), strContent.size(), 0));
+        ASSERT_EQ(nOffset, OffsetAt(0));
+    }
+    close(nFile);
 }
 
 TEST(KorProcessZone, ReadsNewFileVersions)
