@@ -1,6 +1,6 @@
 #include "time/KorTextReaderDetail.h"
 
-#include <cxxabi.h>
+#include <exception>
 
 bool CKorTextSource::TakeForm(const char* pForm, int nLength, unsigned* pNumber)
 {
@@ -62,18 +62,17 @@ void CKorStreamSource::SkipWhiteSpace()
 }
 
 /// Calls the stream's buffer. An exception of the buffer's makes the stream bad; it goes on when the
-/// stream is to throw then, and always when it ends the thread.
+/// stream is to throw then, and always when it is none: a thread that is cancelled unwinds as well,
+/// and must not be kept from that.
 template <class TOperation>
 int CKorStreamSource::Call(TOperation fnOperation)
 {
     try {
         return fnOperation(*m_oStream.rdbuf());
-    } catch (const abi::__forced_unwind&) {
-        SetBad();
-        throw;
     } catch (...) {
         SetBad();
-        if ((m_oStream.exceptions() & std::ios_base::badbit) != 0)
+        if ((m_oStream.exceptions() & std::ios_base::badbit) != 0 ||
+            std::current_exception() == nullptr)
             throw;
     }
     return END;

@@ -6,12 +6,10 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <locale>
-#include <pthread.h>
 #include <sstream>
 #include <stdexcept>
 #include <streambuf>
 #include <string>
-#include <unistd.h>
 
 namespace
 {
@@ -240,46 +238,6 @@ TEST(KorTimeStream, ABufferThatThrowsWhileASpanIsReadFailsTheStream)
     EXPECT_NO_THROW(oStream >> oSpan);
     EXPECT_EQ(std::ios_base::badbit | std::ios_base::failbit, oStream.rdstate());
     EXPECT_EQ(CKorTimeDiff(0, 12, 3, 0, 0, 0, 0), oSpan);
-}
-
-/// Waits for characters that never come.
-class PipeBuffer : public std::streambuf
-{
-public:
-    explicit PipeBuffer(int hPipe) : m_hPipe(hPipe) {}
-
-protected:
-    int_type underflow() override
-    {
-        char c = 0;
-        return read(m_hPipe, &c, 1) == 1 ? traits_type::to_int_type(c) : traits_type::eof();
-    }
-
-private:
-    int m_hPipe;
-};
-
-void* ReadFromPipe(void* pPipe)
-{
-    PipeBuffer oBuffer(*static_cast<int*>(pPipe));
-    std::istream oStream(&oBuffer);
-    CKorUTCTime oTime;
-    oStream >> oTime;
-    return nullptr;
-}
-
-TEST(KorTimeStream, AThreadCanBeCancelledWhileItReads)
-{
-    int ahPipe[2];
-    ASSERT_EQ(0, pipe(ahPipe));
-    pthread_t hThread;
-    ASSERT_EQ(0, pthread_create(&hThread, nullptr, ReadFromPipe, &ahPipe[0]));
-    ASSERT_EQ(0, pthread_cancel(hThread));
-    void* pResult = nullptr;
-    ASSERT_EQ(0, pthread_join(hThread, &pResult));
-    EXPECT_EQ(PTHREAD_CANCELED, pResult);
-    close(ahPipe[0]);
-    close(ahPipe[1]);
 }
 
 struct Other
