@@ -19,21 +19,13 @@ int Rounds(int nRounds)
 #endif
 }
 
-/// Fills the line's output, so that a write waits.
-void Fill(CKorSerialLine& oLine)
-{
-    const std::string strBytes(100000, 'x');
-    while (oLine.WriteText(strBytes, 1) == CKorSerial::SERIAL_OK) {
-    }
-}
-
 } // namespace
 
 TEST(KorSerialLineThreads, CloseEndsAllWaits)
 {
     TestLine oTest;
     CKorSerialLine& oLine = oTest.m_oLine;
-    Fill(oLine);
+    const std::string strTooMuch(1000000, 'x'); // for a terminal that nobody reads
     const auto fnRead = [&oLine](unsigned int nTimeout) {
         std::string strData = "kept";
         EXPECT_EQ(Refused(ECANCELED), Told(oLine, oLine.ReadUntil("x", strData, nTimeout)));
@@ -45,8 +37,9 @@ TEST(KorSerialLineThreads, CloseEndsAllWaits)
         std::string strData;
         EXPECT_EQ(Refused(ECANCELED), Told(oLine, oLine.ReadFrame(1, strData, FOREVER)));
     });
-    Caller oWriter(
-        [&]() { EXPECT_EQ(Refused(ECANCELED), Told(oLine, oLine.WriteText("x", FOREVER))); });
+    Caller oWriter([&]() {
+        EXPECT_EQ(Refused(ECANCELED), Told(oLine, oLine.WriteText(strTooMuch, FOREVER)));
+    });
     Caller oBreak(
         [&]() { EXPECT_EQ(OfBreak(Refused(ECANCELED)), Told(oLine, oLine.SendBreak(FOREVER))); });
     for (const Caller* pCaller : {&oReader, &oOtherReader, &oFrame, &oWriter})
