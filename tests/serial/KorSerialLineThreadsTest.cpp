@@ -108,6 +108,28 @@ TEST(KorSerialLineThreads, OneReadsAnotherWrites)
     EXPECT_EQ(strOut, strIn);
 }
 
+TEST(KorSerialLineThreads, CloseWaitsForACallThatUsesTheDescriptor)
+{
+    TestLine oTest;
+    std::atomic<bool> bInside{false};
+    std::atomic<bool> bMayLeave{false};
+    std::atomic<bool> bLeft{false};
+    oTest.m_oLine.SetTrace([&](bool, const char*, unsigned int) { // runs within the call
+        bInside = true;
+        EXPECT_TRUE(WaitUntil([&]() { return bMayLeave.load(); }));
+        bLeft = true;
+    });
+    Caller oWriter([&]() { oTest.m_oLine.WriteText("x", LONG); });
+    ASSERT_TRUE(WaitUntil([&]() { return bInside.load(); }));
+    Caller oCloser([&]() {
+        oTest.m_oLine.Close();
+        EXPECT_TRUE(bLeft);
+    });
+    oCloser.AwaitSleep();
+    EXPECT_FALSE(oTest.m_oLine.IsOpen());
+    bMayLeave = true;
+}
+
 TEST(KorSerialLineThreads, ADescriptorIsNeverUsedBeyondItsClose)
 {
     const PseudoTerminal oPeer;
