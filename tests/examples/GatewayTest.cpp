@@ -41,9 +41,6 @@ public:
         return vecCommand;
     }
 
-    /// Names another device in the settings.
-    void ReplaceDevice(const std::string& strDevice) { Set("Line", "Device", strDevice); }
-
     /// Changes a setting.
     void Set(const char* pszSection, const char* pszOption, const std::string& strValue)
     {
@@ -71,6 +68,30 @@ private:
         vecCommand.insert(vecCommand.end(), vecOptions.begin(), vecOptions.end());
         return vecCommand;
     }
+};
+
+const std::string EXPECT_REQUEST = "expect * 01 03 ??{4} crc16\n";
+const std::string SEND_ANSWER = "send 01 03 0A 00 0F 42 47 08 F3 02 01 04 97 crc16\n";
+const std::string ANSWER_FOR_EVER = "repeat\n" + EXPECT_REQUEST + SEND_ANSWER + "end\n";
+
+/// A meter that plays a script, and the settings of a gateway that polls it.
+class GatewayAndScript
+{
+public:
+    GatewayAndScript(const std::string& strScript, const std::string& strMeterSettings)
+        : m_strLink(m_oDir.File("meter")),
+          m_strIniFile(m_oDir.File("gw.ini")),
+          m_oMeter({LINESIM_PROGRAM, "--timeout", "60000", "-l", m_strLink, "-"}, strScript)
+    {
+        EXPECT_TRUE(m_oMeter.WaitForOutput(m_strLink));
+        WriteFile(m_strIniFile, "[Line]\nDevice=" + m_strLink + "\n[Meter]\n" + strMeterSettings +
+                                    "\n[Process]\nPidFile=" + m_oDir.File("pid") + "\n");
+    }
+
+    ScratchDir m_oDir;
+    std::string m_strLink;
+    std::string m_strIniFile;
+    ChildProcess m_oMeter;
 };
 
 /// The content of a file, or nothing when there is none.
@@ -192,14 +213,9 @@ TEST(Gateway, CountsAPollWithoutAnswerAsAnError)
 
 TEST(Gateway, ShowsTheCodeOfAnExceptionAndKeepsTheLine)
 {
-    const ScratchDir oDir;
-    const std::string strLink = oDir.File("meter");
-    ChildProcess oMeter({LINESIM_PROGRAM, "-l", strLink, "-e", "repeat", "-e",
-                         "expect 01 03 ??{4} crc16", "-e", "send 01 83 02 crc16", "-e", "end"});
-    ASSERT_TRUE(oMeter.WaitForOutput(strLink));
-    WriteFile(oDir.File("gw.ini"), "[Line]\nDevice=" + strLink + "\n[Meter]\nPollInterval=10\n" +
-                                       "[Process]\nPidFile=" + oDir.File("pid") + "\n");
-    ChildProcess oGateway({GATEWAY_PROGRAM, "-c", oDir.File("gw.ini")});
+    const GatewayAndScript oPair("repeat\n" + EXPECT_REQUEST + "send 01 83 02 crc16\nend\n",
+                                 "PollInterval=10");
+    ChildProcess oGateway({GATEWAY_PROGRAM, "-c", oPair.m_strIniFile});
     ASSERT_TRUE(oGateway.WaitForErrors("no reading: exception 2")) << oGateway.ErrorsSoFar();
     oGateway.Signal(SIGTERM);
     const ChildResult oResult = oGateway.Wait();
@@ -210,22 +226,15 @@ TEST(Gateway, ShowsTheCodeOfAnExceptionAndKeepsTheLine)
 
 TEST(Gateway, FindsALineThatWasUnpluggedAndCameBack)
 {
-    GatewayAndMeter oPair({"--hangup", "--every", "3"}, "50");
-    const std::string strLink = oPair.m_oDir.File("line");
-    std::filesystem::create_symlink(oPair.m_strDevice, strLink);
-    oPair.ReplaceDevice(strLink);
-    ChildProcess oGateway(oPair.Gateway());
-    ASSERT_TRUE(oGateway.WaitForErrors(" hung up")) << oGateway.ErrorsSoFar();
-
-    ChildProcess oNewMeter(std::vector<std::string>{METER_PROGRAM});
-    ASSERT_TRUE(oNewMeter.WaitForOutput("\n"));
-    const std::string strOutput = oNewMeter.OutputSoFar();
-    std::filesystem::remove(strLink);
-    std::filesystem::create_symlink(strOutput.substr(0, strOutput.find('\n')), strLink);
-    EXPECT_TRUE(oGateway.WaitForErrors("1000.035 kWh")) << oGateway.ErrorsSoFar();
-    EXPECT_TRUE(Holds(oGateway.ErrorsSoFar(), "opened " + strLink));
+    const GatewayAndScript oPair(EXPECT_REQUEST + "hangup\ndelay 100\ncomeback\n" + ANSWER_FOR_EVER,
+                                 "PollInterval=10");
+    ChildProcess oGateway({GATEWAY_PROGRAM, "-c", oPair.m_strIniFile});
+    EXPECT_TRUE(oGateway.WaitForErrors("1000.007 kWh")) << oGateway.ErrorsSoFar();
     oGateway.Signal(SIGTERM);
-    EXPECT_EQ(0, oGateway.Wait().nExitStatus);
+    const ChildResult oResult = oGateway.Wait();
+    EXPECT_EQ(0, oResult.nExitStatus);
+    EXPECT_TRUE(Holds(oResult.strErr, " hung up")) << oResult.strErr;
+    EXPECT_TRUE(Holds(oResult.strErr, "opened " + oPair.m_strLink)) << oResult.strErr;
 }
 
 TEST(Gateway, EndsAtOnceWhileItWaitsForASilentMeter)
@@ -395,41 +404,12 @@ std::ptrdiff_t OpenDescriptors(pid_t nProcess)
 TEST(Gateway, OutlivesAHundredUnpluggingsAsSessionLeader)
 {
     const int nTimes = UnderEmulation() ? 10 : 100;
-    const ScratchDir oDir;
-    const std::string strLink = oDir.File("meter");
-    const std::string strAnswer = "send 01 03 0A 00 0F 42 47 08 F3 02 01 04 97 crc16";
-    ChildProcess oMeter({LINESIM_PROGRAM,
-                         "-l",
-                         strLink,
-                         "--timeout",
-                         "60000",
-                         "-e",
-                         "repeat " + std::to_string(nTimes),
-                         "-e",
-                         "expect * 01 03 ??{4} crc16",
-                         "-e",
-                         strAnswer,
-                         "-e",
-                         "hangup",
-                         "-e",
-                         "comeback",
-                         "-e",
-                         "end",
-                         "-e",
-                         "repeat",
-                         "-e",
-                         "expect * 01 03 ??{4} crc16",
-                         "-e",
-                         strAnswer,
-                         "-e",
-                         "end"});
-    ASSERT_TRUE(oMeter.WaitForOutput(strLink));
-    WriteFile(oDir.File("gw.ini"), "[Line]\nDevice=" + strLink +
-                                       "\n[Meter]\nPollInterval=2\nTimeout=10000\n" +
-                                       "[Process]\nPidFile=" + oDir.File("pid") + "\n");
-    ChildProcess oGateway([&oDir] {
+    const GatewayAndScript oPair("repeat " + std::to_string(nTimes) + "\n" + EXPECT_REQUEST +
+                                     SEND_ANSWER + "hangup\ncomeback\nend\n" + ANSWER_FOR_EVER,
+                                 "PollInterval=2\nTimeout=10000");
+    ChildProcess oGateway([&oPair] {
         setsid();
-        execl(GATEWAY_PROGRAM, GATEWAY_PROGRAM, "-c", oDir.File("gw.ini").c_str(), nullptr);
+        execl(GATEWAY_PROGRAM, GATEWAY_PROGRAM, "-c", oPair.m_strIniFile.c_str(), nullptr);
         return 127;
     });
     ASSERT_TRUE(oGateway.WaitForErrors(" hung up")) << oGateway.ErrorsSoFar();

@@ -244,8 +244,10 @@ TEST_F(Inictl, ListsSections)
 
 TEST_F(Inictl, ListsOptions)
 {
-    WriteFile(m_strFile, "[A]\ny=1\nx=2\n[B]\n");
-    EXPECT_EQ("x\ny\n", Run({"options", "FILE", "A"}).strOut);
+    WriteFile(m_strFile, "top=0\n[A]\ny=1\nx=2\n[B]\n");
+    EXPECT_EQ("x\ny\n", Run({"options", "FILE", "a"}).strOut);
+    EXPECT_EQ(1, Run({"-c", "options", "FILE", "a"}).nExitStatus);
+    EXPECT_EQ("top\n", Run({"options", "FILE", ""}).strOut);
     const ChildResult oEmpty = Run({"options", "FILE", "B"});
     EXPECT_EQ(0, oEmpty.nExitStatus);
     EXPECT_EQ("", oEmpty.strOut);
@@ -269,7 +271,7 @@ TEST_F(Inictl, NamesEveryFindingWithItsLine)
                          "[Net\n"
                          "x=1\n"
                          "x=2\n"
-                         "q=\"a # b\"\n"
+                         "q=\"a# b\"\n"
                          "path=/a#b\n"
                          "[B] junk # c\n"
                          "[net]\n"
@@ -464,6 +466,8 @@ TEST_F(Inictl, ListsAnEmptyFile)
     WriteFile(m_strFile, "");
     EXPECT_EQ("", Run({"list", "FILE"}).strOut);
     EXPECT_EQ("{}\n", Run({"list", "--json", "FILE"}).strOut);
+    WriteFile(m_strFile, "# c\n[]\n");
+    EXPECT_EQ("{}\n", Run({"list", "--json", "FILE"}).strOut);
 }
 
 TEST_F(Inictl, ListsEveryByteAsValidJson)
@@ -492,13 +496,14 @@ TEST_F(Inictl, ListsUtf8AsItIs)
     // character and cut ones.
     WriteFile(m_strFile, "a=\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80\xED\x9F\xBF\xF4\x8F\xBF\xBF\n"
                          "b=\xC0\xAF\xE0\x9F\xBF\xF0\x8F\xBF\xBF\n"
-                         "c=\xED\xA0\x80\xF4\x90\x80\x80\xF5\n"
+                         "c=\xED\xA0\x80\xF4\x90\x80\x80\xF5\x80\x80\x80\n"
                          "d=\xE2\x82\ne=\xC3\n");
     const std::string strJson = Run({"list", "--json", "FILE"}).strOut;
     EXPECT_EQ("{\n  \"\": {\n"
               "    \"a\": \"\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80\xED\x9F\xBF\xF4\x8F\xBF\xBF\",\n"
               "    \"b\": \"\\u00c0\\u00af\\u00e0\\u009f\\u00bf\\u00f0\\u008f\\u00bf\\u00bf\",\n"
-              "    \"c\": \"\\u00ed\\u00a0\\u0080\\u00f4\\u0090\\u0080\\u0080\\u00f5\",\n"
+              "    \"c\": "
+              "\"\\u00ed\\u00a0\\u0080\\u00f4\\u0090\\u0080\\u0080\\u00f5\\u0080\\u0080\\u0080\",\n"
               "    \"d\": \"\\u00e2\\u0082\",\n    \"e\": \"\\u00c3\"\n  }\n}\n",
               strJson);
     EXPECT_NE("", ReadByPython(strJson));

@@ -62,7 +62,7 @@ std::string JsonText(std::string_view strText)
     while (!strText.empty()) {
         const Byte nByte = static_cast<Byte>(strText[0]);
         const size_t nLength = CharacterLength(strText);
-        if (nLength == 0 || nByte < ' ' || nByte == 0x7F)
+        if (nLength == 0 || nByte < ' ')
             strJson += Escaped(nByte);
         else if (nByte == '"' || nByte == '\\')
             strJson.append("\\").append(1, strText[0]);
