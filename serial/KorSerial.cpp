@@ -7,6 +7,24 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace
+{
+
+/// Opens the mutex of buffers.
+class BufferLock : public CKorMutexBuffer
+{
+public:
+    /// Lets a thread that waits for the buffer go on, whoever holds it.
+    static void Break(CKorMutexBuffer& roBuffer) KOR_NO_THREAD_SAFETY_ANALYSIS
+    {
+        CKorMutex& roMutex = roBuffer.*(&BufferLock::m_oMutex);
+        roMutex.Lock(0); // so that somebody holds it
+        roMutex.Unlock();
+    }
+};
+
+} // namespace
+
 CKorSerial::CKorSerial() : m_hPort(KOR_NO_PORT), m_oTermios()
 {
     m_oRcvThread.Initialize(this);
@@ -19,6 +37,9 @@ CKorSerial::~CKorSerial()
     if (close() == SERIAL_THREAD_RUNNING) {
         KorEndsWithin(m_oRcvThread, m_oRcvThread.GetTimeout());
         CloseDevice();
+        // In a handler that a signal started, what it interrupted may hold the buffer that the
+        // thread waits for, and goes on no more.
+        BufferLock::Break(m_oRcvBuffer);
     }
     m_oRcvThread.Initialize(nullptr);
 }

@@ -165,7 +165,9 @@ public:
     /// A closed port.
     CKorSerial();
     /// Calls close(). A receive thread that did not end within its second gets one time-out more;
-    /// then the device is closed in any case. Characters not taken are lost.
+    /// then the device is closed in any case. Characters not taken are lost. Also ends when a
+    /// signal's handler destroys a port whose buffer the interrupted code was just using; a thread
+    /// that is stuck in an override of DataInd() it awaits without limit.
     virtual ~CKorSerial();
     CKorSerial(const CKorSerial&) = delete;
     CKorSerial& operator=(const CKorSerial&) = delete;

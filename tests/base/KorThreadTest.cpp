@@ -1,4 +1,6 @@
 #include "base/KorThread.h"
+#include "tests/support/Patience.h"
+#include "tests/support/ThreadState.h"
 
 #include <atomic>
 #include <chrono>
@@ -128,14 +130,16 @@ TEST(KorThread, TheDestructorEndsAndAwaitsTheThread)
         void Run() override
         {
             std::atomic<bool>& bFlag = m_bFlag;
+            const int nDestroyer = m_nDestroyer;
             m_bReached = true;
             const CKorThread& oBase = *this;
             while (!oBase.IsTerminationRequested())
                 Sleep(0, 1);
-            Sleep(0, 20);
+            EXPECT_TRUE(WaitUntil([nDestroyer] { return IsAsleep(nDestroyer); }));
             bFlag = true;
         }
         std::atomic<bool>& m_bFlag;
+        const int m_nDestroyer = ThreadId();
         std::atomic<bool> m_bReached{false};
     };
     {

@@ -4,6 +4,7 @@
 #include "tests/support/Patience.h"
 
 #include <chrono>
+#include <ctime>
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
@@ -71,4 +72,12 @@ inline void RunUntil(CKorEventLoop& oLoop, const std::function<bool()>& fnCondit
     while (!fnCondition() && NowMs() < nEnd)
         oLoop.RunOnce(100);
     EXPECT_TRUE(fnCondition()) << "it did not come";
+}
+
+/// Microseconds of the processor that this thread has used.
+inline long long ProcessorTimeUs()
+{
+    timespec oTime;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &oTime);
+    return oTime.tv_sec * 1000000LL + oTime.tv_nsec / 1000;
 }

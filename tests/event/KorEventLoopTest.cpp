@@ -3,6 +3,7 @@
 #include "tests/config/TestScale.h"
 #include "tests/event/EventTestSupport.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/ThreadState.h"
 
 #include <atomic>
 #include <cerrno>
@@ -97,8 +98,9 @@ TEST(KorEventLoop, CanBeStoppedByASignalHandlerThatInterruptsNothing)
     EXPECT_EQ(6, oLoop.Run());
     oLoop.CallAfter(PATIENCE_MS, [] { ADD_FAILURE() << "nobody woke the loop"; });
     const pthread_t oSelf = pthread_self();
+    const int nSelf = ThreadId();
     std::thread oThread([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_TRUE(WaitUntil([nSelf] { return IsAsleep(nSelf); }));
         pthread_kill(oSelf, SIGUSR1);
     });
     EXPECT_EQ(6, oLoop.Run());

@@ -1,5 +1,6 @@
 #include "tests/event/EventTestSupport.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/ThreadState.h"
 
 #include <atomic>
 #include <cerrno>
@@ -161,9 +162,10 @@ TEST(KorEventSignal, DoesNotInterruptTheProgramsCalls)
     oLoop.CallOnSignal(SIGUSR1, [] {});
     const HandlePair oPipe;
     const pthread_t oReader = pthread_self();
+    const int nReader = ThreadId();
     std::thread oThread([&] {
         for (int nSignal = 0; nSignal < 20; ++nSignal) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            EXPECT_TRUE(WaitUntil([nReader] { return IsAsleep(nReader); }));
             pthread_kill(oReader, SIGUSR1);
         }
         oPipe.Send("x");

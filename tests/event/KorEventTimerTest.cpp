@@ -1,6 +1,8 @@
 #include "tests/event/EventTestSupport.h"
+#include "tests/support/ThreadState.h"
 
 #include <cerrno>
+#include <functional>
 #include <random>
 #include <set>
 #include <sys/resource.h>
@@ -170,17 +172,19 @@ TEST(KorEventTimer, IsWokenUpFromATimeOutOfMoreThan24Days)
         oPipe.Receive();
         ++nCalls;
     });
-    std::thread oThread([&] {
-        SleepMs(20);
-        oPipe.Send("x");
-        SleepMs(20);
-        oLoop.Post([&] { ++nCalls; });
-    });
-    EXPECT_TRUE(oLoop.RunOnce(0xFFFFFFFE));
+    const int nSelf = ThreadId();
+    const auto fnRunsFor = [&](unsigned int nTime, const std::function<void()>& fnWake) {
+        std::thread oThread([&] {
+            EXPECT_TRUE(WaitUntil([nSelf] { return IsAsleep(nSelf); }));
+            fnWake();
+        });
+        EXPECT_TRUE(oLoop.RunOnce(nTime));
+        oThread.join();
+    };
+    fnRunsFor(0xFFFFFFFE, [&] { oPipe.Send("x"); });
     EXPECT_EQ(1, nCalls);
-    EXPECT_TRUE(oLoop.RunOnce(0x80000000));
+    fnRunsFor(0x80000000, [&] { oLoop.Post([&] { ++nCalls; }); });
     EXPECT_EQ(2, nCalls);
-    oThread.join();
 }
 
 TEST(KorEventTimer, AgreesWithAListOfTimersWhateverIsAddedAndCancelled)

@@ -1,5 +1,6 @@
 #include "tests/serial/SerialTestPort.h"
 #include "tests/support/PseudoTerminal.h"
+#include "tests/support/SerialResult.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -62,7 +63,7 @@ TEST(KorSerialCalls, OpenDrainsBeforeItReadsTheSettingsAndFlushesWithTheNewOnes)
     const PseudoTerminal oLine;
     TestPort oPort;
     strCalls.clear();
-    EXPECT_EQ(0, oPort.open(oLine));
+    EXPECT_EQ(OK, SerialResult(oPort.open(oLine)));
     EXPECT_EQ("drain get output=" + std::to_string(B115200) + " input=0 set-and-flush ", strCalls);
 }
 
@@ -72,10 +73,10 @@ TEST(KorSerialCalls, OpenFailsWhereTheOutputCannotBeDrained)
     TestPort oPort;
     strCalls.clear();
     nDrainResult = -1;
-    EXPECT_EQ(2, oPort.open(oLine));
+    EXPECT_EQ(OPEN_ERROR, SerialResult(oPort.open(oLine)));
     nDrainResult = 0;
     EXPECT_EQ("drain ", strCalls);
-    EXPECT_EQ(0, oPort.close());
+    EXPECT_EQ(OK, SerialResult(oPort.close()));
 }
 
 TEST(KorSerialCalls, SetBaudrateReturnsTheResultForTheInput)

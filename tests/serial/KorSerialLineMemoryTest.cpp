@@ -1,4 +1,5 @@
 #include "tests/serial/LineTestPeer.h"
+#include "tests/support/SerialResult.h"
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -39,8 +40,8 @@ TEST(KorSerialLineMemory, RequestsAndAnswersIntoStringsWithRoomAllocateNothing)
     std::string strData;
     strData.reserve(8000);
     const auto fnExchange = [&]() {
-        ASSERT_EQ(CKorSerial::SERIAL_OK, oTest.m_oLine.WriteText(strRequest, LONG));
-        ASSERT_EQ(CKorSerial::SERIAL_OK, oTest.m_oLine.ReadUntil(strDelimiter, strData, LONG));
+        ASSERT_EQ(OK, SerialResult(oTest.m_oLine.WriteText(strRequest, LONG)));
+        ASSERT_EQ(OK, SerialResult(oTest.m_oLine.ReadUntil(strDelimiter, strData, LONG)));
     };
     ASSERT_EQ(0, fcntl(oTest.m_oPeer.FarEnd(), F_SETFL, O_NONBLOCK));
     const auto fnRound = [&]() {

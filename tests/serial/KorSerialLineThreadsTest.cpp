@@ -1,4 +1,5 @@
 #include "tests/serial/LineTestPeer.h"
+#include "tests/support/SerialResult.h"
 
 #include <fcntl.h>
 #include <memory>
@@ -151,7 +152,7 @@ TEST(KorSerialLineThreads, ADescriptorIsNeverUsedBeyondItsClose)
         }
     });
     for (int i = 0; i < Rounds(100); ++i) {
-        ASSERT_EQ(CKorSerial::SERIAL_OK, oLine.Open(oPeer.Name()));
+        ASSERT_EQ(OK, SerialResult(oLine.Open(oPeer.Name())));
         oLine.Close();
         int anPipe[2];
         ASSERT_EQ(0, pipe2(anPipe, O_CLOEXEC | O_NONBLOCK)); // takes the free descriptors
@@ -171,10 +172,11 @@ TEST(KorSerialLineThreads, ManyMayOpenCloseAndReceiveAtOnce)
     const PseudoTerminal oPeer;
     CKorSerialLine oLine;
     std::atomic<bool> bEnough{false};
+    std::atomic<int> nCalls{0};
     std::vector<std::unique_ptr<Caller>> vecCallers;
     const auto fnStart = [&](auto fnCall) {
-        vecCallers.push_back(std::make_unique<Caller>([&bEnough, fnCall]() {
-            while (!bEnough)
+        vecCallers.push_back(std::make_unique<Caller>([&bEnough, &nCalls, fnCall]() {
+            for (; !bEnough; ++nCalls)
                 fnCall();
         }));
     };
@@ -191,7 +193,8 @@ TEST(KorSerialLineThreads, ManyMayOpenCloseAndReceiveAtOnce)
     });
     for (int i = 0; i < Rounds(300); ++i)
         oLine.Close();
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const int nBefore = nCalls; // now nobody closes all the time
+    EXPECT_TRUE(WaitUntil([&]() { return nCalls > nBefore + Rounds(100); }));
     bEnough = true;
     fcntl(oPeer.FarEnd(), F_SETFL, O_NONBLOCK); // the sender may be waiting for room
     oLine.Open(oPeer.Name());

@@ -1,6 +1,7 @@
 #include "serial/KorSerial.h"
 #include "tests/serial/SerialTestPort.h"
 #include "tests/support/PseudoTerminal.h"
+#include "tests/support/SerialResult.h"
 
 #include <cerrno>
 #include <chrono>
@@ -32,19 +33,19 @@ protected:
 TEST_F(KorSerialRead, ReadsOneCharacterAtATime)
 {
     m_oLine.Send("AB");
-    EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ(OK, SerialResult(m_oPort.ReadOneByte(m_c, 60000)));
     EXPECT_EQ('A', m_c);
-    EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ(OK, SerialResult(m_oPort.ReadOneByte(m_c, 60000)));
     EXPECT_EQ('B', m_c);
 }
 
 TEST_F(KorSerialRead, ATimeoutReportsByTheOldErrno)
 {
     errno = EAGAIN;
-    EXPECT_EQ(1, m_oPort.ReadOneByte(m_c, 1));
+    EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.ReadOneByte(m_c, 1)));
     EXPECT_EQ(EAGAIN, errno);
     errno = 0;
-    EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 1));
+    EXPECT_EQ(IO_ERROR, SerialResult(m_oPort.ReadOneByte(m_c, 1)));
     EXPECT_EQ(0, errno);
     EXPECT_EQ('?', m_c);
 }
@@ -52,15 +53,15 @@ TEST_F(KorSerialRead, ATimeoutReportsByTheOldErrno)
 TEST_F(KorSerialRead, WaitsAsLongAsAskedTo)
 {
     const auto oStart = std::chrono::steady_clock::now();
-    EXPECT_NE(0, m_oPort.ReadOneByte(m_c, 0));
-    EXPECT_NE(0, m_oPort.ReadOneByte(m_c, 1050));
+    EXPECT_NE(OK, SerialResult(m_oPort.ReadOneByte(m_c, 0)));
+    EXPECT_NE(OK, SerialResult(m_oPort.ReadOneByte(m_c, 1050)));
     EXPECT_GE(std::chrono::steady_clock::now() - oStart, std::chrono::milliseconds(1050));
 }
 
 TEST_F(KorSerialRead, AHungUpLineReadsAsNothing)
 {
     m_oLine.HangUp();
-    EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ(OK, SerialResult(m_oPort.ReadOneByte(m_c, 60000)));
     EXPECT_EQ('?', m_c);
 }
 
@@ -68,7 +69,7 @@ TEST_F(KorSerialRead, WithoutADescriptorItIsAnIoError)
 {
     const int hOpen = m_oPort.ReleaseDescriptor();
     errno = EAGAIN;
-    EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ(IO_ERROR, SerialResult(m_oPort.ReadOneByte(m_c, 60000)));
     EXPECT_EQ('?', m_c);
     m_oPort.AdoptDescriptor(hOpen);
 }
@@ -76,7 +77,7 @@ TEST_F(KorSerialRead, WithoutADescriptorItIsAnIoError)
 TEST_F(KorSerialRead, AClosedDescriptorIsAnIoError)
 {
     ::close(m_oPort.m_hPort);
-    EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ(IO_ERROR, SerialResult(m_oPort.ReadOneByte(m_c, 60000)));
     m_oPort.ReleaseDescriptor();
 }
 
@@ -98,13 +99,13 @@ TEST_F(KorSerialRead, ADescriptorBeyondTheSetIsAnIoErrorAndReadsNothing)
         ASSERT_EQ(hHigh, dup2(hLow, hHigh));
         m_oPort.AdoptDescriptor(hHigh);
         errno = EAGAIN;
-        EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 60000)) << hHigh;
+        EXPECT_EQ(IO_ERROR, SerialResult(m_oPort.ReadOneByte(m_c, 60000))) << hHigh;
         EXPECT_EQ('?', m_c);
         ::close(hHigh);
     }
     ASSERT_EQ(1023, dup2(hLow, 1023));
     m_oPort.AdoptDescriptor(1023);
-    EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ(OK, SerialResult(m_oPort.ReadOneByte(m_c, 60000)));
     EXPECT_EQ('A', m_c);
     ::close(hLow);
 }
@@ -119,13 +120,13 @@ TEST_F(KorSerialRead, ASignalThatEndsTheWaitIsAnIoErrorAndLosesNothing)
     const itimerval oEvery5Ms = {{0, 5000}, {0, 5000}};
     ASSERT_EQ(0, setitimer(ITIMER_REAL, &oEvery5Ms, nullptr));
     errno = 0;
-    EXPECT_EQ(4, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ(IO_ERROR, SerialResult(m_oPort.ReadOneByte(m_c, 60000)));
     EXPECT_EQ(EINTR, errno);
     const itimerval oOff = {};
     setitimer(ITIMER_REAL, &oOff, nullptr);
 
     m_oLine.Send("A");
-    EXPECT_EQ(0, m_oPort.ReadOneByte(m_c, 60000));
+    EXPECT_EQ(OK, SerialResult(m_oPort.ReadOneByte(m_c, 60000)));
     EXPECT_EQ('A', m_c);
 }
 

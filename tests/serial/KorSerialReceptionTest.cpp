@@ -2,13 +2,12 @@
 #include "tests/serial/SerialTestPort.h"
 #include "tests/support/Patience.h"
 #include "tests/support/PseudoTerminal.h"
-#include "tests/support/ThreadState.h"
+#include "tests/support/SerialResult.h"
 
 #include <atomic>
 #include <chrono>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <set>
 #include <string>
 #include <sys/ioctl.h>
 #include <thread>
@@ -57,12 +56,12 @@ protected:
 TEST_F(KorSerialReception, KeepsWhatArrives)
 {
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     m_oLine.Send("ABC\rDEF");
     std::string strData;
-    EXPECT_EQ(0, oPort.WaitForData("\r", strData, PATIENCE_MS));
+    EXPECT_EQ(OK, SerialResult(oPort.WaitForData("\r", strData, PATIENCE_MS)));
     EXPECT_EQ("ABC\r", strData);
-    EXPECT_EQ(0, oPort.WaitForResponse(3, PATIENCE_MS));
+    EXPECT_EQ(OK, SerialResult(oPort.WaitForResponse(3, PATIENCE_MS)));
     EXPECT_EQ("DEF", oPort.GetReceivedData());
     EXPECT_EQ("DEF", oPort.GetReceivedData());
 }
@@ -70,11 +69,11 @@ TEST_F(KorSerialReception, KeepsWhatArrives)
 TEST_F(KorSerialReception, TakesANumberOfCharacters)
 {
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     m_oLine.Send("ABCDEF");
-    ASSERT_EQ(0, oPort.WaitForResponse(6, PATIENCE_MS));
+    ASSERT_EQ(OK, SerialResult(oPort.WaitForResponse(6, PATIENCE_MS)));
     std::string strData;
-    EXPECT_EQ(0, oPort.WaitForData(3, strData, 1000));
+    EXPECT_EQ(OK, SerialResult(oPort.WaitForData(3, strData, 1000)));
     EXPECT_EQ("ABC", strData);
     EXPECT_EQ("DEF", oPort.GetReceivedData());
 }
@@ -82,27 +81,27 @@ TEST_F(KorSerialReception, TakesANumberOfCharacters)
 TEST_F(KorSerialReception, ReceivesEveryByteValue)
 {
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     std::string strAll;
     for (int nByte = 0; nByte < 256; ++nByte)
         strAll += static_cast<char>(nByte);
     m_oLine.Send(strAll);
     std::string strData;
-    EXPECT_EQ(0, oPort.WaitForData(256, strData, PATIENCE_MS));
+    EXPECT_EQ(OK, SerialResult(oPort.WaitForData(256, strData, PATIENCE_MS)));
     EXPECT_EQ(strAll, strData);
 }
 
 TEST_F(KorSerialReception, AnswersARequest)
 {
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     std::thread oDevice([this]() {
         EXPECT_EQ("ID?\r", m_oLine.Receive(4));
         m_oLine.Send("METER 1\r");
     });
-    EXPECT_EQ(0, oPort.DataReq("ID?\r", 4, 0));
+    EXPECT_EQ(OK, SerialResult(oPort.DataReq("ID?\r", 4, 0)));
     std::string strAnswer;
-    EXPECT_EQ(0, oPort.WaitForData("\r", strAnswer, PATIENCE_MS));
+    EXPECT_EQ(OK, SerialResult(oPort.WaitForData("\r", strAnswer, PATIENCE_MS)));
     EXPECT_EQ("METER 1\r", strAnswer);
     oDevice.join();
 }
@@ -110,14 +109,14 @@ TEST_F(KorSerialReception, AnswersARequest)
 TEST_F(KorSerialReception, ReceivedCharactersOutliveCloseAndOpen)
 {
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     m_oLine.Send("AB");
-    ASSERT_EQ(0, oPort.WaitForResponse(2, PATIENCE_MS));
-    ASSERT_EQ(0, oPort.close());
+    ASSERT_EQ(OK, SerialResult(oPort.WaitForResponse(2, PATIENCE_MS)));
+    ASSERT_EQ(OK, SerialResult(oPort.close()));
     EXPECT_EQ("AB", oPort.GetReceivedData());
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     m_oLine.Send("CD");
-    ASSERT_EQ(0, oPort.WaitForResponse(4, PATIENCE_MS));
+    ASSERT_EQ(OK, SerialResult(oPort.WaitForResponse(4, PATIENCE_MS)));
     EXPECT_EQ("ABCD", oPort.GetReceivedData());
     oPort.ClearBuffer();
     EXPECT_EQ("", oPort.GetReceivedData());
@@ -131,9 +130,9 @@ TEST_F(KorSerialReception, OpenDiscardsWhatTheDeviceStillHeld)
     while (nHeld < 5)
         ASSERT_EQ(0, ioctl(hOther, FIONREAD, &nHeld));
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     m_oLine.Send("new");
-    ASSERT_EQ(0, oPort.WaitForResponse(3, PATIENCE_MS));
+    ASSERT_EQ(OK, SerialResult(oPort.WaitForResponse(3, PATIENCE_MS)));
     EXPECT_EQ("new", oPort.GetReceivedData());
     ::close(hOther);
 }
@@ -141,7 +140,7 @@ TEST_F(KorSerialReception, OpenDiscardsWhatTheDeviceStillHeld)
 TEST_F(KorSerialReception, AnOverrideTakesTheCharactersItself)
 {
     RecordingPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     m_oLine.Send("ABC");
     EXPECT_EQ("ABC", oPort.WaitForRecord(3));
     EXPECT_EQ("", oPort.GetReceivedData());
@@ -151,7 +150,7 @@ TEST_F(KorSerialReception, AnOverrideTakesTheCharactersItself)
 TEST_F(KorSerialReception, AfterAHangUpThePreviousCharacterComesAgain)
 {
     RecordingPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     m_oLine.Send("AB");
     ASSERT_EQ("AB", oPort.WaitForRecord(2));
     m_oLine.HangUp();
@@ -162,10 +161,10 @@ TEST_F(KorSerialReception, AfterAHangUpThePreviousCharacterComesAgain)
 TEST_F(KorSerialReception, CloseOfAnIdlePortEndsWithinItsSecond)
 {
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     EXPECT_EQ(100U, oPort.m_oRcvThread.GetTimeout());
     const auto oStart = std::chrono::steady_clock::now();
-    EXPECT_EQ(0, oPort.close());
+    EXPECT_EQ(OK, SerialResult(oPort.close()));
     EXPECT_LT(std::chrono::steady_clock::now() - oStart, std::chrono::seconds(10));
 }
 
@@ -193,39 +192,18 @@ public:
 TEST_F(KorSerialReception, CloseGivesUpWhenTheThreadDoesNotEnd)
 {
     HoldingPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     m_oLine.Send("A");
-    ASSERT_EQ(0, oPort.WaitForResponse(1, PATIENCE_MS));
+    ASSERT_EQ(OK, SerialResult(oPort.WaitForResponse(1, PATIENCE_MS)));
     const auto oStart = std::chrono::steady_clock::now();
-    EXPECT_EQ(8, oPort.close());
+    EXPECT_EQ(THREAD_RUNNING, SerialResult(oPort.close()));
     EXPECT_GE(std::chrono::steady_clock::now() - oStart, std::chrono::seconds(1));
     EXPECT_NE(-1, fcntl(oPort.m_hPort, F_GETFD));
 
     oPort.m_bMayReturn = true;
-    EXPECT_EQ(0, oPort.close());
+    EXPECT_EQ(OK, SerialResult(oPort.close()));
     EXPECT_EQ(-1, oPort.m_hPort);
     EXPECT_EQ("A", oPort.GetReceivedData());
-}
-
-TEST_F(KorSerialReception, TheDestructorOutwaitsASlowThread)
-{
-    int hPort = -1;
-    const std::set<int> setBefore = Threads();
-    {
-        CKorSerial oPort;
-        (oPort.*(&TestPort::m_oRcvThread)).SetTimeout(1500);
-        ASSERT_EQ(0, oPort.open(m_oLine.Name(), CKorSerial::BAUD_9600, CKorSerial::PARITY_NONE,
-                                CKorSerial::STOPBITS_1, CKorSerial::BYTESIZE_8, nullptr));
-        hPort = oPort.*(&TestPort::m_hPort);
-        EXPECT_TRUE(WaitUntil([&setBefore] {
-            for (const int nThread : Threads()) {
-                if (setBefore.count(nThread) == 0)
-                    return IsAsleep(nThread);
-            }
-            return false;
-        }));
-    }
-    EXPECT_EQ(-1, fcntl(hPort, F_GETFD));
 }
 
 TEST_F(KorSerialReception, NoCharacterIsHandedOnOnceTerminationIsAskedFor)
@@ -241,7 +219,7 @@ TEST_F(KorSerialReception, NoCharacterIsHandedOnOnceTerminationIsAskedFor)
         }
     };
     Ending oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     m_oLine.Send("ABCDEF");
     while (oPort.m_oRcvThread.GetState() != 3)
         CKorThread::Sleep(0, 1);
@@ -256,9 +234,9 @@ TEST_F(KorSerialReception, CharactersNeedNotWaitForTheDriversMinimum)
     oSettings.c_cc[VTIME] = 255;
     m_oLine.Apply(oSettings);
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(m_oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(m_oLine)));
     m_oLine.Send("ABC");
-    EXPECT_EQ(0, oPort.WaitForResponse(3, 12000));
+    EXPECT_EQ(OK, SerialResult(oPort.WaitForResponse(3, 12000)));
     EXPECT_EQ("ABC", oPort.GetReceivedData());
 }
 
@@ -291,11 +269,11 @@ TEST_F(KorSerialReception, ARunningThreadMayBeDestroyed)
         oThread.Initialize(&oPort);
         ASSERT_TRUE(oThread.Start());
         m_oLine.Send("A");
-        ASSERT_EQ(0, oPort.WaitForResponse(1, PATIENCE_MS));
+        ASSERT_EQ(OK, SerialResult(oPort.WaitForResponse(1, PATIENCE_MS)));
     }
     m_oLine.Send("B");
     char c = '?';
-    EXPECT_EQ(0, oPort.ReadOneByte(c, 60000));
+    EXPECT_EQ(OK, SerialResult(oPort.ReadOneByte(c, 60000)));
     EXPECT_EQ('B', c);
 }
 

@@ -2,6 +2,7 @@
 #include "tests/serial/SerialTestPort.h"
 #include "tests/support/Emulation.h"
 #include "tests/support/PseudoTerminal.h"
+#include "tests/support/SerialResult.h"
 
 #include <gtest/gtest.h>
 
@@ -17,10 +18,10 @@ termios SettingsAfterOpen(const PseudoTerminal& oLine, S::E_BAUDRATE eBaudrate =
                           S::E_BYTESIZE eByteSize = S::BYTESIZE_8, CKorXonXoff* pXonXoff = nullptr)
 {
     CKorSerial oPort;
-    EXPECT_EQ(S::SERIAL_OK,
-              oPort.open(oLine.Name(), eBaudrate, eParity, eStopbits, eByteSize, pXonXoff));
+    EXPECT_EQ(OK, SerialResult(oPort.open(oLine.Name(), eBaudrate, eParity, eStopbits, eByteSize,
+                                          pXonXoff)));
     const termios oSettings = oLine.Settings();
-    EXPECT_EQ(S::SERIAL_OK, oPort.close());
+    EXPECT_EQ(OK, SerialResult(oPort.close()));
     return oSettings;
 }
 
@@ -75,7 +76,7 @@ TEST(KorSerialSettings, SetBaudrateEditsTheCopyOnly)
 {
     const PseudoTerminal oLine;
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oLine)));
     EXPECT_EQ(0, oPort.SetBaudrate(S::BAUD_300));
     EXPECT_EQ(speed_t{B300}, cfgetospeed(&oPort.m_oTermios));
     const termios oSettings = oLine.Settings();
@@ -271,10 +272,10 @@ TEST(KorSerialSettings, InitPortKeepsEveryOtherFlagOfTheCopy)
 {
     const PseudoTerminal oLine;
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oLine)));
     oPort.m_oTermios.c_cflag &= ~tcflag_t{CREAD};
-    EXPECT_EQ(0,
-              oPort.InitPort(S::BAUD_9600, S::PARITY_ODD, S::STOPBITS_2, S::BYTESIZE_7, nullptr));
+    EXPECT_EQ(OK, SerialResult(oPort.InitPort(S::BAUD_9600, S::PARITY_ODD, S::STOPBITS_2,
+                                              S::BYTESIZE_7, nullptr)));
     EXPECT_EQ(0U, oPort.m_oTermios.c_cflag & CREAD);
     EXPECT_EQ(tcflag_t{PARENB | PARODD | CSTOPB | CS7},
               oPort.m_oTermios.c_cflag & (PARENB | PARODD | CSTOPB | CSIZE));
@@ -284,7 +285,7 @@ TEST(KorSerialSettings, TheSettersReachTheDeviceWithInitPortOnly)
 {
     const PseudoTerminal oLine;
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oLine)));
     CKorXonXoff oRecord(10, 20, '\x11', '\x13');
     oPort.SetNumStopbits(S::STOPBITS_2);
     oPort.UseParity(S::PARITY_ODD);
@@ -293,7 +294,8 @@ TEST(KorSerialSettings, TheSettersReachTheDeviceWithInitPortOnly)
     EXPECT_EQ(0U, oBefore.c_cflag & (CSTOPB | PARODD));
     EXPECT_EQ(0U, oBefore.c_iflag & IXOFF);
 
-    EXPECT_EQ(0, oPort.InitPort(S::BAUD_300, S::PARITY_ODD, S::STOPBITS_2, S::BYTESIZE_8, nullptr));
+    EXPECT_EQ(OK, SerialResult(oPort.InitPort(S::BAUD_300, S::PARITY_ODD, S::STOPBITS_2,
+                                              S::BYTESIZE_8, nullptr)));
     const termios oAfter = oLine.Settings();
     EXPECT_EQ(tcflag_t{CSTOPB | PARODD}, oAfter.c_cflag & (CSTOPB | PARODD));
     EXPECT_EQ(tcflag_t{IXOFF}, oAfter.c_iflag & IXOFF);

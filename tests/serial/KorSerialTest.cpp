@@ -1,6 +1,7 @@
 #include "serial/KorSerial.h"
 #include "tests/serial/SerialTestPort.h"
 #include "tests/support/PseudoTerminal.h"
+#include "tests/support/SerialResult.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -82,30 +83,30 @@ TEST(KorSerial, ADerivedClassUsesItsDescriptorAsAnyInt)
 TEST(KorSerial, OpenOfAMissingDeviceFails)
 {
     TestPort oPort;
-    EXPECT_EQ(2, oPort.open("/dev/no-such-device"));
+    EXPECT_EQ(OPEN_ERROR, SerialResult(oPort.open("/dev/no-such-device")));
     EXPECT_EQ(-1, oPort.m_hPort);
     EXPECT_EQ(3, oPort.m_oRcvThread.GetState());
-    EXPECT_EQ(0, oPort.close());
+    EXPECT_EQ(OK, SerialResult(oPort.close()));
 }
 
 TEST(KorSerial, ANullNameReadsAsTheEmptyName)
 {
     TestPort oPort;
-    EXPECT_EQ(2, oPort.open(static_cast<const char*>(nullptr)));
+    EXPECT_EQ(OPEN_ERROR, SerialResult(oPort.open(static_cast<const char*>(nullptr))));
     EXPECT_EQ(-1, oPort.m_hPort);
-    EXPECT_EQ(2, oPort.open(""));
+    EXPECT_EQ(OPEN_ERROR, SerialResult(oPort.open("")));
 }
 
 TEST(KorSerial, OpenOfAFileThatIsNoTerminalFailsAndCloseReleasesIt)
 {
     TestPort oPort;
-    EXPECT_EQ(2, oPort.open("/dev/null"));
+    EXPECT_EQ(OPEN_ERROR, SerialResult(oPort.open("/dev/null")));
     const int hPort = oPort.m_hPort;
     ASSERT_NE(-1, hPort);
     EXPECT_NE(-1, fcntl(hPort, F_GETFD));
     EXPECT_EQ(3, oPort.m_oRcvThread.GetState());
 
-    EXPECT_EQ(0, oPort.close());
+    EXPECT_EQ(OK, SerialResult(oPort.close()));
     EXPECT_EQ(-1, oPort.m_hPort);
     EXPECT_EQ(-1, fcntl(hPort, F_GETFD));
 }
@@ -116,8 +117,8 @@ TEST(KorSerial, OpenByNumberNamesTheBoardsDevice)
     ASSERT_EQ(-1, access(("/dev/ttyAM" + strNumber).c_str(), F_OK));
     TestPort oPort;
     errno = 0;
-    EXPECT_EQ(2, oPort.open(4294967295U, S::BAUD_9600, S::PARITY_NONE, S::STOPBITS_1, S::BYTESIZE_8,
-                            nullptr));
+    EXPECT_EQ(OPEN_ERROR, SerialResult(oPort.open(4294967295U, S::BAUD_9600, S::PARITY_NONE,
+                                                  S::STOPBITS_1, S::BYTESIZE_8, nullptr)));
     EXPECT_EQ(ENOENT, errno);
     EXPECT_EQ(-1, oPort.m_hPort);
 }
@@ -154,7 +155,7 @@ TEST(KorSerial, OpenByNumberReachesTheDeviceOfThatNumber)
     const int nResult =
         oPort.open(nPort, S::BAUD_9600, S::PARITY_NONE, S::STOPBITS_1, S::BYTESIZE_8, nullptr);
     // Without the right to make device names the device is missing instead.
-    EXPECT_EQ(oDevice.IsMade() ? S::SERIAL_OK : S::SERIAL_OPEN_ERROR, nResult);
+    EXPECT_EQ(oDevice.IsMade() ? OK : OPEN_ERROR, SerialResult(nResult));
     EXPECT_EQ(oDevice.IsMade(), oPort.m_hPort != -1);
 }
 
@@ -162,10 +163,10 @@ TEST(KorSerial, OpenSwitchesTheThreadOnAndCloseSwitchesItOff)
 {
     const PseudoTerminal oLine;
     TestPort oPort;
-    EXPECT_EQ(0, oPort.open(oLine));
+    EXPECT_EQ(OK, SerialResult(oPort.open(oLine)));
     EXPECT_NE(-1, oPort.m_hPort);
     EXPECT_NE(3, oPort.m_oRcvThread.GetState());
-    EXPECT_EQ(0, oPort.close());
+    EXPECT_EQ(OK, SerialResult(oPort.close()));
     EXPECT_EQ(-1, oPort.m_hPort);
     EXPECT_EQ(3, oPort.m_oRcvThread.GetState());
 }
@@ -174,8 +175,8 @@ TEST(KorSerial, CloseOfAPortNeverOpenedIsFine)
 {
     TestPort oPort;
     EXPECT_EQ(3, oPort.m_oRcvThread.GetState());
-    EXPECT_EQ(0, oPort.close());
-    EXPECT_EQ(0, oPort.close());
+    EXPECT_EQ(OK, SerialResult(oPort.close()));
+    EXPECT_EQ(OK, SerialResult(oPort.close()));
     EXPECT_EQ(-1, oPort.m_hPort);
 }
 
@@ -183,7 +184,7 @@ TEST(KorSerial, OpensInBlockingMode)
 {
     const PseudoTerminal oLine;
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oLine)));
     EXPECT_EQ(O_RDWR, fcntl(oPort.m_hPort, F_GETFL) & (O_ACCMODE | O_NONBLOCK));
 }
 
@@ -192,20 +193,20 @@ TEST(KorSerial, OpenOnAnOpenPortLeavesTheFirstDescriptorOpen)
     const PseudoTerminal oFirstLine;
     const PseudoTerminal oSecondLine;
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(oFirstLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oFirstLine)));
     const int hFirst = oPort.m_hPort;
-    ASSERT_EQ(0, oPort.open(oSecondLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oSecondLine)));
     EXPECT_NE(hFirst, oPort.m_hPort);
     EXPECT_NE(-1, fcntl(hFirst, F_GETFD));
-    EXPECT_EQ(0, oPort.close());
+    EXPECT_EQ(OK, SerialResult(oPort.close()));
     EXPECT_EQ(0, ::close(hFirst));
 }
 
 TEST(KorSerial, InitPortFailsOnAClosedPort)
 {
     TestPort oPort;
-    EXPECT_EQ(2,
-              oPort.InitPort(S::BAUD_9600, S::PARITY_NONE, S::STOPBITS_1, S::BYTESIZE_8, nullptr));
+    EXPECT_EQ(OPEN_ERROR, SerialResult(oPort.InitPort(S::BAUD_9600, S::PARITY_NONE, S::STOPBITS_1,
+                                                      S::BYTESIZE_8, nullptr)));
 }
 
 TEST(KorSerial, SendsEveryByteValue)
@@ -213,11 +214,11 @@ TEST(KorSerial, SendsEveryByteValue)
     const PseudoTerminal oLine;
     oLine.MakeRaw();
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oLine)));
     std::string strAll;
     for (int nByte = 0; nByte < 256; ++nByte)
         strAll += static_cast<char>(nByte);
-    EXPECT_EQ(0, oPort.DataReq(strAll.data(), 256, 0));
+    EXPECT_EQ(OK, SerialResult(oPort.DataReq(strAll.data(), 256, 0)));
     EXPECT_EQ(strAll, oLine.Receive(256));
 }
 
@@ -225,23 +226,23 @@ TEST(KorSerial, SendingNothingIsFine)
 {
     const PseudoTerminal oLine;
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(oLine));
-    EXPECT_EQ(0, oPort.DataReq("abc", 0, 0));
-    EXPECT_EQ(0, oPort.DataReq(nullptr, 0, 0));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oLine)));
+    EXPECT_EQ(OK, SerialResult(oPort.DataReq("abc", 0, 0)));
+    EXPECT_EQ(OK, SerialResult(oPort.DataReq(nullptr, 0, 0)));
 }
 
 TEST(KorSerial, SendingNoDataIsAnIoError)
 {
     const PseudoTerminal oLine;
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(oLine));
-    EXPECT_EQ(4, oPort.DataReq(nullptr, 5, 0));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oLine)));
+    EXPECT_EQ(IO_ERROR, SerialResult(oPort.DataReq(nullptr, 5, 0)));
 }
 
 TEST(KorSerial, SendingOnAClosedPortIsAnIoError)
 {
     TestPort oPort;
-    EXPECT_EQ(4, oPort.DataReq("abc", 3, 0));
+    EXPECT_EQ(IO_ERROR, SerialResult(oPort.DataReq("abc", 3, 0)));
 }
 
 TEST(KorSerial, SendingWithoutRoomOnANonBlockingDescriptorWouldBlock)
@@ -249,22 +250,22 @@ TEST(KorSerial, SendingWithoutRoomOnANonBlockingDescriptorWouldBlock)
     const PseudoTerminal oLine;
     oLine.MakeRaw();
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oLine)));
     ASSERT_EQ(0, fcntl(oPort.m_hPort, F_SETFL, O_RDWR | O_NONBLOCK));
     const std::string strChunk(4096, 'x');
-    int nResult = 0;
-    for (int nChunk = 0; nChunk < 1000 && nResult == 0; ++nChunk)
-        nResult = oPort.DataReq(strChunk.data(), 4096, 0);
-    EXPECT_EQ(1, nResult);
+    SerialResult oResult = OK;
+    for (int nChunk = 0; nChunk < 1000 && oResult == OK; ++nChunk)
+        oResult = SerialResult(oPort.DataReq(strChunk.data(), 4096, 0));
+    EXPECT_EQ(WOULDBLOCK, oResult);
 }
 
 TEST(KorSerial, SendingOnAHungUpLineIsAnIoError)
 {
     PseudoTerminal oLine;
     TestPort oPort;
-    ASSERT_EQ(0, oPort.open(oLine));
+    ASSERT_EQ(OK, SerialResult(oPort.open(oLine)));
     oLine.HangUp();
-    EXPECT_EQ(4, oPort.DataReq("abc", 3, 0));
+    EXPECT_EQ(IO_ERROR, SerialResult(oPort.DataReq("abc", 3, 0)));
 }
 
 TEST(KorSerial, ModemLinesAreNotSupported)
@@ -272,10 +273,10 @@ TEST(KorSerial, ModemLinesAreNotSupported)
     TestPort oPort;
     S::E_RTS_STATE eRts = S::RTS_ON;
     S::E_DTR_STATE eDtr = S::DTR_OFF;
-    EXPECT_EQ(5, oPort.GetLineState(eRts, eDtr));
+    EXPECT_EQ(NOT_SUPPORTED, SerialResult(oPort.GetLineState(eRts, eDtr)));
     EXPECT_EQ(S::RTS_ON, eRts);
     EXPECT_EQ(S::DTR_OFF, eDtr);
-    EXPECT_EQ(5, oPort.SetLineState(S::RTS_OFF, S::DTR_ON));
+    EXPECT_EQ(NOT_SUPPORTED, SerialResult(oPort.SetLineState(S::RTS_OFF, S::DTR_ON)));
     oPort.LineStateInd(S::RTS_ON, S::DTR_ON);
 }
 

@@ -1,5 +1,6 @@
 #include "base/KorThread.h"
 #include "serial/KorSerial.h"
+#include "tests/support/SerialResult.h"
 
 #include <cstddef>
 #include <functional>
@@ -70,38 +71,38 @@ std::vector<unsigned int> Sleeps(std::size_t nCount)
 TEST_F(KorSerialWait, TimeoutZeroDoesNotEvenLook)
 {
     Receive("0123456789");
-    EXPECT_EQ(1, m_oPort.WaitForResponse(5, 0));
-    EXPECT_EQ(1, m_oPort.WaitForResponse(0, 0));
-    EXPECT_EQ(1, m_oPort.WaitForResponse("5", 0));
+    EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.WaitForResponse(5, 0)));
+    EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.WaitForResponse(0, 0)));
+    EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.WaitForResponse("5", 0)));
     EXPECT_EQ(Sleeps(0), vecSleeps);
 }
 
 TEST_F(KorSerialWait, WhatIsThereIsReportedAtOnce)
 {
-    EXPECT_EQ(0, m_oPort.WaitForResponse(0, 100));
-    EXPECT_EQ(0, m_oPort.WaitForResponse("", 100));
+    EXPECT_EQ(OK, SerialResult(m_oPort.WaitForResponse(0, 100)));
+    EXPECT_EQ(OK, SerialResult(m_oPort.WaitForResponse("", 100)));
     Receive("xxOKxx");
-    EXPECT_EQ(0, m_oPort.WaitForResponse(6, 1));
-    EXPECT_EQ(0, m_oPort.WaitForResponse("OK", 1));
+    EXPECT_EQ(OK, SerialResult(m_oPort.WaitForResponse(6, 1)));
+    EXPECT_EQ(OK, SerialResult(m_oPort.WaitForResponse("OK", 1)));
     EXPECT_EQ(Sleeps(0), vecSleeps);
     EXPECT_EQ("xxOKxx", m_oPort.GetReceivedData());
 }
 
 TEST_F(KorSerialWait, LooksTwiceIn30Milliseconds)
 {
-    EXPECT_EQ(1, m_oPort.WaitForResponse("OK", 30));
+    EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.WaitForResponse("OK", 30)));
     EXPECT_EQ(Sleeps(2), vecSleeps);
 
     vecSleeps.clear();
     ReceiveDuringSleep(1, "OK");
-    EXPECT_EQ(0, m_oPort.WaitForResponse("OK", 30));
+    EXPECT_EQ(OK, SerialResult(m_oPort.WaitForResponse("OK", 30)));
     EXPECT_EQ(Sleeps(1), vecSleeps);
 }
 
 TEST_F(KorSerialWait, DoesNotLookAfterTheLastSleep)
 {
     ReceiveDuringSleep(2, "OK");
-    EXPECT_EQ(1, m_oPort.WaitForResponse("OK", 30));
+    EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.WaitForResponse("OK", 30)));
     EXPECT_EQ(Sleeps(2), vecSleeps);
     EXPECT_EQ("OK", m_oPort.GetReceivedData());
 }
@@ -110,10 +111,10 @@ TEST_F(KorSerialWait, LooksOnceForEveryBegun25Milliseconds)
 {
     for (const unsigned int nTimeout : {1U, 24U, 25U, 26U, 49U, 50U, 51U, 100U, 1000U, 1001U}) {
         vecSleeps.clear();
-        EXPECT_EQ(1, m_oPort.WaitForResponse(1, nTimeout));
+        EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.WaitForResponse(1, nTimeout)));
         EXPECT_EQ(Sleeps((nTimeout + 24) / 25), vecSleeps) << nTimeout;
         vecSleeps.clear();
-        EXPECT_EQ(1, m_oPort.WaitForResponse("x", nTimeout));
+        EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.WaitForResponse("x", nTimeout)));
         EXPECT_EQ(Sleeps((nTimeout + 24) / 25), vecSleeps) << nTimeout;
     }
 }
@@ -121,7 +122,7 @@ TEST_F(KorSerialWait, LooksOnceForEveryBegun25Milliseconds)
 TEST_F(KorSerialWait, WaitsUntilEnoughCharactersAreHeld)
 {
     fnDuringSleep = [this]() { Receive("ab"); };
-    EXPECT_EQ(0, m_oPort.WaitForResponse(5, 1000));
+    EXPECT_EQ(OK, SerialResult(m_oPort.WaitForResponse(5, 1000)));
     EXPECT_EQ(Sleeps(3), vecSleeps);
     EXPECT_EQ("ababab", m_oPort.GetReceivedData());
 }
@@ -130,7 +131,7 @@ TEST_F(KorSerialWait, TakesUpToTheDelimiterAndLeavesTheRest)
 {
     Receive("ABC\rDEF");
     std::string strData;
-    EXPECT_EQ(0, m_oPort.WaitForData("\r", strData, 1000));
+    EXPECT_EQ(OK, SerialResult(m_oPort.WaitForData("\r", strData, 1000)));
     EXPECT_EQ("ABC\r", strData);
     EXPECT_EQ("DEF", m_oPort.GetReceivedData());
 }
@@ -139,7 +140,7 @@ TEST_F(KorSerialWait, TakesTheNumberAskedForAndLeavesTheRest)
 {
     Receive("ABCDEF");
     std::string strData;
-    EXPECT_EQ(0, m_oPort.WaitForData(3, strData, 1000));
+    EXPECT_EQ(OK, SerialResult(m_oPort.WaitForData(3, strData, 1000)));
     EXPECT_EQ("ABC", strData);
     EXPECT_EQ("DEF", m_oPort.GetReceivedData());
 }
@@ -148,9 +149,9 @@ TEST_F(KorSerialWait, AFailedWaitLeavesTheCallersDataAndTheBuffer)
 {
     Receive("AB");
     std::string strData = "mine";
-    EXPECT_EQ(1, m_oPort.WaitForData(3, strData, 100));
-    EXPECT_EQ(1, m_oPort.WaitForData("\r", strData, 100));
-    EXPECT_EQ(1, m_oPort.WaitForData(1, strData, 0));
+    EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.WaitForData(3, strData, 100)));
+    EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.WaitForData("\r", strData, 100)));
+    EXPECT_EQ(WOULDBLOCK, SerialResult(m_oPort.WaitForData(1, strData, 0)));
     EXPECT_EQ("mine", strData);
     EXPECT_EQ("AB", m_oPort.GetReceivedData());
 }
@@ -159,12 +160,12 @@ TEST_F(KorSerialWait, ANegativeTimeoutIsAVeryLongWait)
 {
     std::string strData;
     ReceiveDuringSleep(10000, "late\r");
-    EXPECT_EQ(0, m_oPort.WaitForData("\r", strData, -1));
+    EXPECT_EQ(OK, SerialResult(m_oPort.WaitForData("\r", strData, -1)));
     EXPECT_EQ("late\r", strData);
 
     vecSleeps.clear();
     ReceiveDuringSleep(10000, "late");
-    EXPECT_EQ(0, m_oPort.WaitForData(4, strData, -2147483647 - 1));
+    EXPECT_EQ(OK, SerialResult(m_oPort.WaitForData(4, strData, -2147483647 - 1)));
     EXPECT_EQ("late", strData);
 }
 
@@ -201,7 +202,7 @@ public:
 TEST_F(KorSerialWait, CloseWaitsASecondForTheThread)
 {
     const ThreadState oRunning(2);
-    EXPECT_EQ(8, m_oPort.close());
+    EXPECT_EQ(THREAD_RUNNING, SerialResult(m_oPort.close()));
     EXPECT_EQ(Sleeps(40), vecSleeps);
 }
 
@@ -209,7 +210,7 @@ TEST_F(KorSerialWait, CloseSeesAThreadThatEndsWithTheLastSleep)
 {
     const ThreadState oRunning(2);
     fnDuringSleep = [] { nThreadState = vecSleeps.size() == 40 ? 3 : 2; };
-    EXPECT_EQ(0, m_oPort.close());
+    EXPECT_EQ(OK, SerialResult(m_oPort.close()));
     EXPECT_EQ(Sleeps(40), vecSleeps);
 }
 

@@ -4,6 +4,7 @@
 #include "tests/support/Emulation.h"
 #include "tests/support/Patience.h"
 #include "tests/support/PseudoTerminal.h"
+#include "tests/support/SerialResult.h"
 #include "tests/support/ThreadState.h"
 
 #include <atomic>
@@ -23,7 +24,7 @@ struct TestLine
 {
     explicit TestLine(const SKorLineOptions& oOptions = {})
     {
-        EXPECT_EQ(CKorSerial::SERIAL_OK, m_oLine.Open(m_oPeer.Name(), oOptions));
+        EXPECT_EQ(OK, SerialResult(m_oLine.Open(m_oPeer.Name(), oOptions)));
     }
 
     /// Waits until the kernel has bytes for the line, or a hang-up.
@@ -43,7 +44,7 @@ struct TestLine
     {
         std::string strData;
         m_oPeer.Send("|" + strBytes);
-        EXPECT_EQ(CKorSerial::SERIAL_OK, m_oLine.ReadUntil("|", strData, LONG));
+        EXPECT_EQ(OK, SerialResult(m_oLine.ReadUntil("|", strData, LONG)));
         EXPECT_TRUE(WaitUntil([this, &strBytes, &strData]() {
             m_oLine.ReadBytes(static_cast<unsigned int>(strBytes.size()) + 1, strData, 0);
             return m_oLine.GetHeldCount() == strBytes.size();
@@ -60,24 +61,24 @@ struct TestLine
 };
 
 /// A result with the reason for it.
-using Outcome = std::pair<int, int>;
+using Outcome = std::pair<SerialResult, int>;
 
 /// What a call on a line told: its result and `errno`; -1 for the latter when GetLastError() tells
 /// another reason.
 inline Outcome Told(const CKorSerialLine& oLine, int nResult)
 {
     const int nErrno = nResult == CKorSerial::SERIAL_OK ? 0 : errno;
-    return {nResult, nErrno == 0 || nErrno == oLine.GetLastError() ? nErrno : -1};
+    return {SerialResult(nResult), nErrno == 0 || nErrno == oLine.GetLastError() ? nErrno : -1};
 }
 
 inline Outcome Refused(int nErrno)
 {
-    return {CKorSerial::SERIAL_IO_ERROR, nErrno};
+    return {IO_ERROR, nErrno};
 }
 
-const Outcome DONE{CKorSerial::SERIAL_OK, 0};
-const Outcome TIMED_OUT{CKorSerial::SERIAL_WOULDBLOCK, EAGAIN};
-const Outcome UNSUPPORTED{CKorSerial::SERIAL_NOT_SUPPORTED, EOPNOTSUPP};
+const Outcome DONE{OK, 0};
+const Outcome TIMED_OUT{WOULDBLOCK, EAGAIN};
+const Outcome UNSUPPORTED{NOT_SUPPORTED, EOPNOTSUPP};
 
 /// What a break gives that should give @p oOutcome: emulators do not know it.
 inline Outcome OfBreak(Outcome oOutcome)

@@ -20,6 +20,18 @@ bool IsAsleep(int nThread)
     return nNameEnd != std::string::npos && strStat.compare(nNameEnd + 1, 3, " S ") == 0;
 }
 
+unsigned long Waits(int nThread)
+{
+    const std::string strName = "voluntary_ctxt_switches:";
+    std::ifstream oFile("/proc/self/task/" + std::to_string(nThread) + "/status");
+    std::string strLine;
+    while (std::getline(oFile, strLine)) {
+        if (strLine.compare(0, strName.size(), strName) == 0)
+            return std::stoul(strLine.substr(strName.size()));
+    }
+    return 0;
+}
+
 std::set<int> Threads()
 {
     std::set<int> setThreads;
