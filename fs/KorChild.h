@@ -170,8 +170,8 @@ private:
 TARVO_EXT_API bool KorRunProgram(const std::vector<std::string>& vecArguments,
                                  std::string& rstrOutput, int& rnExitStatus, unsigned int nTimeout);
 
-/// The same with @p strInput as the standard input. A program that does not read all of it is no
-/// failure.
+/// The same with @p strInput as the standard input, which may be the same string as
+/// @p rstrOutput. A program that does not read all of it is no failure.
 TARVO_EXT_API bool KorRunProgram(const std::vector<std::string>& vecArguments,
                                  const std::string& strInput, std::string& rstrOutput,
                                  int& rnExitStatus, unsigned int nTimeout);

@@ -7,6 +7,7 @@
 #include <ctime>
 #include <signal.h>
 #include <sys/ioctl.h>
+#include <utility>
 
 namespace
 {
@@ -35,10 +36,9 @@ ssize_t WriteQuietly(int nHandle, const char* pBytes, size_t nCount)
 class CRun
 {
 public:
-    CRun(const std::string* pstrInput, std::string& rstrOutput, unsigned int nTimeout)
-        : m_pstrInput(pstrInput), m_rstrOutput(rstrOutput), m_oTimeout(nTimeout)
+    CRun(const std::string* pstrInput, unsigned int nTimeout)
+        : m_pstrInput(pstrInput), m_oTimeout(nTimeout)
     {
-        m_rstrOutput.clear();
     }
 
     /// @return 0, or the `errno` of the failure
@@ -57,6 +57,8 @@ public:
         ReadRest();
         return bEnded ? 0 : ETIMEDOUT;
     }
+
+    std::string TakeOutput() { return std::move(m_strOutput); }
 
     int GetStatus() const
     {
@@ -89,7 +91,7 @@ private:
         char acBuffer[BUFFER_SIZE];
         const ssize_t nRead = read(m_hOutput, acBuffer, std::min(nCount, sizeof acBuffer));
         if (nRead > 0) {
-            m_rstrOutput.append(acBuffer, static_cast<size_t>(nRead));
+            m_strOutput.append(acBuffer, static_cast<size_t>(nRead));
             return static_cast<size_t>(nRead);
         }
         if (nRead == 0 || errno != EINTR)
@@ -124,7 +126,7 @@ private:
     CKorChild m_oChild;
     const std::string* m_pstrInput;
     size_t m_nWritten = 0;
-    std::string& m_rstrOutput;
+    std::string m_strOutput;
     const CKorTimeout m_oTimeout;
     int m_hOutput = -1;
 };
@@ -134,8 +136,9 @@ bool RunProgram(const std::vector<std::string>& vecArguments, const std::string*
 {
     int nError = 0;
     {
-        CRun oRun(pstrInput, rstrOutput, nTimeout);
+        CRun oRun(pstrInput, nTimeout);
         nError = oRun.Run(vecArguments);
+        rstrOutput = oRun.TakeOutput(); // not before: it may be the input, or an argument
         rnExitStatus = nError == 0 ? oRun.GetStatus() : -1;
     }
     if (nError != 0)

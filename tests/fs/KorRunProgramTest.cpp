@@ -45,6 +45,14 @@ TEST(KorRunProgram, KeepsTheOutputAndTheStatus)
     EXPECT_EQ("one\ntwo\n", oResult.strOutput);
 }
 
+TEST(KorRunProgram, PutsTheOutputInPlaceOfTheInput)
+{
+    std::string strText = "b\na\n";
+    int nStatus = -2;
+    EXPECT_TRUE(KorRunProgram({"sort"}, strText, strText, nStatus, PATIENCE_MS));
+    EXPECT_EQ("a\nb\n", strText);
+}
+
 TEST(KorRunProgram, TellsASignalAsTheShellDoes)
 {
     const Result oResult = Complete({"sh", "-c", "echo out; kill -9 $$"});
