@@ -11,13 +11,13 @@ namespace
 
 std::string Quoted(std::string_view strText)
 {
-    return "'" + std::string(strText) + "'";
+    return std::string("'").append(strText).append("'");
 }
 
 /// The name as a person types it.
 std::string Shown(std::string_view strName)
 {
-    return (strName.size() == 1 ? "-" : "--") + std::string(strName);
+    return std::string(strName.size() == 1 ? "-" : "--").append(strName);
 }
 
 /// What stands behind the last "/"; also for a program without extension.
@@ -35,7 +35,7 @@ bool IsNumber(std::string_view strText)
 } // namespace
 
 /// Builds the help.
-struct CKorOptionParser::SHelp
+struct TARVO_EXT_LOCAL CKorOptionParser::SHelp
 {
     static std::string Of(const CKorOptionParser& oParser);
     static std::string Usage(const CKorOptionParser& oParser);
@@ -49,8 +49,9 @@ std::string CKorOptionParser::SHelp::Usage(const CKorOptionParser& oParser)
     for (const SEntry& oEntry : oParser.m_vecEntries) {
         if (!IsArgument(oEntry))
             continue;
-        const std::string strName = oEntry.strMeta + (oEntry.oTarget.bRepeats ? "..." : "");
-        strUsage += oEntry.eKind == KIND_REQUIRED ? " " + strName : " [" + strName + "]";
+        const bool bRequired = oEntry.eKind == KIND_REQUIRED;
+        strUsage.append(bRequired ? " " : " [").append(oEntry.strMeta);
+        strUsage.append(oEntry.oTarget.bRepeats ? "..." : "").append(bRequired ? "" : "]");
     }
     return strUsage;
 }
@@ -71,7 +72,7 @@ std::string CKorOptionParser::SHelp::Label(const CKorOptionParser& oParser, cons
         bLong = strName.size() > 1;
     }
     if (oEntry.eKind == KIND_OPTION)
-        strLabel += (bLong ? "=" : " ") + oEntry.strMeta;
+        strLabel.append(bLong ? "=" : " ").append(oEntry.strMeta);
     return strLabel;
 }
 
@@ -93,7 +94,9 @@ std::string CKorOptionParser::SHelp::Of(const CKorOptionParser& oParser)
     const std::string& strName = oParser.m_oInfo.GetApplName();
     const std::string& strDescription = oParser.m_oInfo.GetApplDescription();
     std::string strHelp;
-    KorHelpWrap(strHelp, "Usage: " + strName + " " + Usage(oParser), 0, 7, nWidth);
+    const std::string strUsage =
+        std::string("Usage: ").append(strName).append(" ").append(Usage(oParser));
+    KorHelpWrap(strHelp, strUsage, 0, 7, nWidth);
     if (!strDescription.empty() && strDescription != strName)
         KorHelpWrap(strHelp, strDescription, 0, 0, nWidth);
     const std::vector<SKorHelpRow> vecArguments = Rows(oParser, true);
@@ -109,8 +112,8 @@ CKorOptionParser::CKorOptionParser(const CKorApplicationInfo& oInfo)
     : m_oInfo(oInfo), m_nNext(0), m_bOptionsEnded(false), m_eResult(PARSE_OK)
 {
     const STarget oNone = {nullptr, nullptr, true};
-    m_vecEntries.push_back({KIND_HELP, {"h", "help"}, "", "show this help", oNone, 0});
-    m_vecEntries.push_back({KIND_VERSION, {"version"}, "", "show the version", oNone, 0});
+    Insert(0, KIND_HELP, "h,help", "", "show this help", oNone);
+    Insert(1, KIND_VERSION, "version", "", "show the version", oNone);
 }
 
 CKorOptionParser::~CKorOptionParser() = default;
@@ -127,7 +130,13 @@ void CKorOptionParser::Add(EKind eKind, const char* pszNames, const char* pszMet
                            const char* pszHelp, const STarget& oTarget)
 {
     // In front of help and version, so that a name of the program's own is found first.
-    m_vecEntries.insert(m_vecEntries.end() - 2,
+    Insert(m_vecEntries.size() - 2, eKind, pszNames, pszMeta, pszHelp, oTarget);
+}
+
+void CKorOptionParser::Insert(size_t nPlace, EKind eKind, const char* pszNames, const char* pszMeta,
+                              const char* pszHelp, const STarget& oTarget)
+{
+    m_vecEntries.insert(m_vecEntries.begin() + static_cast<std::ptrdiff_t>(nPlace),
                         {eKind, KorGetParameterList(pszNames, ','), std::string(KorText(pszMeta)),
                          std::string(KorText(pszHelp)), oTarget, 0});
 }
@@ -157,8 +166,10 @@ CKorOptionParser::EResult CKorOptionParser::Parse(int argc, const char* const* a
     if (m_oInfo.GetApplName().empty() && argv != nullptr && argc > 0)
         m_oInfo.SetApplName(FileNameOf(KorText(argv[0])).c_str());
     m_vecLine.clear();
-    for (int i = 1; argv != nullptr && i < argc; ++i)
-        m_vecLine.push_back(KorText(argv[i]));
+    for (int i = 1; argv != nullptr && i < argc; ++i) {
+        const std::string_view strWord = KorText(argv[i]);
+        m_vecLine.push_back(strWord);
+    }
 
     m_nNext = 0;
     bool bGoOn = true;
@@ -203,7 +214,7 @@ bool CKorOptionParser::TakeLong(std::string_view strText)
     const std::string strShown(strText.substr(0, nEquals));
     SEntry* const pEntry = nEquals > 3 ? Find(strText.substr(2, nEquals - 2)) : nullptr;
     if (pEntry == nullptr)
-        return Refuse("unknown option " + Quoted(strShown));
+        return Refuse("unknown option", strShown);
     const std::string_view strAttached = strText.substr(std::min(nEquals + 1, strText.size()));
     return Give(*pEntry, strShown, nEquals < strText.size() ? &strAttached : nullptr);
 }
@@ -214,7 +225,7 @@ bool CKorOptionParser::TakeShort(std::string_view strText)
         const std::string strShown = Shown(strText.substr(i, 1));
         SEntry* const pEntry = Find(strText.substr(i, 1));
         if (pEntry == nullptr)
-            return Refuse("unknown option " + Quoted(strShown));
+            return Refuse("unknown option", strShown);
         const std::string_view strRest = strText.substr(i + 1);
         if (pEntry->eKind == KIND_OPTION)
             return Give(*pEntry, strShown, strRest.empty() ? nullptr : &strRest);
@@ -230,7 +241,7 @@ bool CKorOptionParser::TakeArgument(std::string_view strText)
         if (IsArgument(roEntry) && (roEntry.nGiven == 0 || roEntry.oTarget.bRepeats))
             return GiveValue(roEntry, roEntry.strMeta, strText);
     }
-    return Refuse("unexpected argument " + Quoted(strText));
+    return Refuse("unexpected argument", strText);
 }
 
 /// @param pstrAttached  the value that is attached to the name, or null
@@ -239,15 +250,15 @@ bool CKorOptionParser::Give(SEntry& roEntry, const std::string& strShown,
 {
     if (roEntry.eKind != KIND_OPTION) {
         if (pstrAttached != nullptr)
-            return Refuse("option " + Quoted(strShown) + " takes no value");
+            return Refuse("option", strShown, " takes no value");
         return roEntry.eKind == KIND_FLAG ? GiveValue(roEntry, strShown, "") : Answer(roEntry);
     }
     if (roEntry.nGiven > 0 && !roEntry.oTarget.bRepeats)
-        return Refuse("option " + Quoted(strShown) + " is given twice");
+        return Refuse("option", strShown, " is given twice");
     if (pstrAttached != nullptr)
         return GiveValue(roEntry, strShown, *pstrAttached);
     if (m_nNext == m_vecLine.size())
-        return Refuse("option " + Quoted(strShown) + " needs a value");
+        return Refuse("option", strShown, " needs a value");
     return GiveValue(roEntry, strShown, m_vecLine[m_nNext++]);
 }
 
@@ -256,7 +267,7 @@ bool CKorOptionParser::GiveValue(SEntry& roEntry, const std::string& strShown,
 {
     if (roEntry.oTarget.pfnRead(strText, roEntry.oTarget.pValue, roEntry.nGiven++ == 0))
         return true;
-    return Refuse((IsArgument(roEntry) ? "argument " : "option ") + Quoted(strShown) +
+    return Refuse(IsArgument(roEntry) ? "argument" : "option", strShown,
                   " cannot be " + Quoted(strText));
 }
 
@@ -270,10 +281,13 @@ bool CKorOptionParser::Answer(const SEntry& oEntry)
     return false;
 }
 
-bool CKorOptionParser::Refuse(const std::string& strWhy)
+bool CKorOptionParser::Refuse(const char* pszWhat, std::string_view strName,
+                              std::string_view strWhy)
 {
     m_eResult = PARSE_WRONG;
-    m_strText = m_oInfo.GetApplName() + ": " + strWhy + " (try --help)\n";
+    m_strText = m_oInfo.GetApplName();
+    m_strText.append(": ").append(pszWhat).append(" ").append(Quoted(strName));
+    m_strText.append(strWhy).append(" (try --help)\n");
     return false;
 }
 
@@ -281,7 +295,7 @@ bool CKorOptionParser::CheckRequired()
 {
     for (const SEntry& oEntry : m_vecEntries) {
         if (oEntry.eKind == KIND_REQUIRED && oEntry.nGiven == 0)
-            return Refuse("argument " + Quoted(oEntry.strMeta) + " is missing");
+            return Refuse("argument", oEntry.strMeta, " is missing");
     }
     return true;
 }

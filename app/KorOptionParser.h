@@ -125,7 +125,7 @@ private:
         STarget oTarget;
         unsigned int nGiven;
     };
-    struct SHelp;
+    struct TARVO_EXT_LOCAL SHelp;
 
     template <typename T>
     static STarget Target(T& rValue)
@@ -156,6 +156,8 @@ private:
 
     void Add(EKind eKind, const char* pszNames, const char* pszMeta, const char* pszHelp,
              const STarget& oTarget);
+    TARVO_EXT_LOCAL void Insert(size_t nPlace, EKind eKind, const char* pszNames,
+                                const char* pszMeta, const char* pszHelp, const STarget& oTarget);
     TARVO_EXT_LOCAL static bool IsArgument(const SEntry& oEntry);
     TARVO_EXT_LOCAL SEntry* Find(std::string_view strName);
     TARVO_EXT_LOCAL bool IsOption(std::string_view strText);
@@ -168,7 +170,8 @@ private:
     TARVO_EXT_LOCAL bool GiveValue(SEntry& roEntry, const std::string& strShown,
                                    std::string_view strText);
     TARVO_EXT_LOCAL bool Answer(const SEntry& oEntry);
-    TARVO_EXT_LOCAL bool Refuse(const std::string& strWhy);
+    TARVO_EXT_LOCAL bool Refuse(const char* pszWhat, std::string_view strName,
+                                std::string_view strWhy = "");
     TARVO_EXT_LOCAL bool CheckRequired();
 
     CKorApplicationInfo m_oInfo;
