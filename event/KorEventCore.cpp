@@ -34,7 +34,7 @@ CKorEventCore::CKorEventCore()
 }
 
 int CKorEventCore::WatchHandle(int nHandle, unsigned int nEvents,
-                               std::function<void(unsigned int)> fnHandler)
+                               std::function<void(unsigned int)>&& fnHandler)
 {
     if (!Own())
         return -1;
@@ -66,7 +66,7 @@ bool CKorEventCore::SetEvents(int nTicket, unsigned int nEvents)
 }
 
 int CKorEventCore::AddTimer(unsigned int nMilliseconds, unsigned int nPeriod,
-                            std::function<void()> fnHandler)
+                            std::function<void()>&& fnHandler)
 {
     m_oTimers.Reserve();
     const int nTicket = m_oTickets.Add(SKorTicket::KIND_TIMER, 0, nPeriod, std::move(fnHandler));
@@ -74,7 +74,7 @@ int CKorEventCore::AddTimer(unsigned int nMilliseconds, unsigned int nPeriod,
     return nTicket;
 }
 
-int CKorEventCore::CallOnSignal(int nSignal, std::function<void()> fnHandler)
+int CKorEventCore::CallOnSignal(int nSignal, std::function<void()>&& fnHandler)
 {
     return Own() ? m_oSignals.Add(nSignal, std::move(fnHandler)) : -1;
 }
@@ -104,7 +104,7 @@ bool CKorEventCore::IsActive(int nTicket)
            (Own() && m_oHandles.Arm(pTicket->m_nKey));
 }
 
-void CKorEventCore::Post(std::function<void()> fnHandler)
+void CKorEventCore::Post(std::function<void()>&& fnHandler)
 {
     m_oPosts.Add(std::move(fnHandler));
     m_oWake.Wake();

@@ -14,14 +14,16 @@ public:
     CKorEventCore(const CKorEventCore&) = delete;
     CKorEventCore& operator=(const CKorEventCore&) = delete;
 
-    int WatchHandle(int nHandle, unsigned int nEvents, std::function<void(unsigned int)> fnHandler);
+    int WatchHandle(int nHandle, unsigned int nEvents,
+                    std::function<void(unsigned int)>&& fnHandler);
     bool SetEvents(int nTicket, unsigned int nEvents);
     /// @param nPeriod  of a repeated timer, otherwise 0
-    int AddTimer(unsigned int nMilliseconds, unsigned int nPeriod, std::function<void()> fnHandler);
-    int CallOnSignal(int nSignal, std::function<void()> fnHandler);
+    int AddTimer(unsigned int nMilliseconds, unsigned int nPeriod,
+                 std::function<void()>&& fnHandler);
+    int CallOnSignal(int nSignal, std::function<void()>&& fnHandler);
     bool Cancel(int nTicket);
     bool IsActive(int nTicket);
-    void Post(std::function<void()> fnHandler);
+    void Post(std::function<void()>&& fnHandler);
     /// Cancels and drops everything, while all operations still work.
     void Close();
     int Run();

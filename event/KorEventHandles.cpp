@@ -67,7 +67,7 @@ bool CKorEventHandles::IsWatched(int nHandle) const
            At(nHandle).m_nFirst != 0;
 }
 
-int CKorEventHandles::Add(int nHandle, unsigned int nEvents, std::function<void()> fnHandler)
+int CKorEventHandles::Add(int nHandle, unsigned int nEvents, std::function<void()>&& fnHandler)
 {
     if (fcntl(nHandle, F_GETFD) == -1)
         return -1;
@@ -134,8 +134,11 @@ int CKorEventHandles::HandleOf(const epoll_event& oEvent) const
 bool CKorEventHandles::IsReady() const
 {
     constexpr unsigned int READY = CKorEventLoop::EVENT_READABLE | CKorEventLoop::EVENT_WRITABLE;
-    return std::any_of(m_vecAlwaysReady.begin(), m_vecAlwaysReady.end(),
-                       [this](int nHandle) { return (EventsOf(nHandle) & READY) != 0; });
+    for (const int nHandle : m_vecAlwaysReady) {
+        if ((EventsOf(nHandle) & READY) != 0)
+            return true;
+    }
+    return false;
 }
 
 int CKorEventHandles::NextOf(int nHandle, unsigned int nRound)

@@ -26,7 +26,7 @@ public:
     /// Whether a handle has tickets; it may have been closed.
     bool IsWatched(int nHandle) const;
     /// @return the ticket, or -1 with `errno`
-    int Add(int nHandle, unsigned int nEvents, std::function<void()> fnHandler);
+    int Add(int nHandle, unsigned int nEvents, std::function<void()>&& fnHandler);
     /// Takes a ticket out of its handle's list. @return false when the handle was closed
     bool Remove(int nTicket);
     /// Renews the registration of a handle. @return false when the handle was closed

@@ -10,7 +10,7 @@ class CKorEventPosts
 {
 public:
     /// From any thread.
-    void Add(std::function<void()> fnHandler)
+    void Add(std::function<void()>&& fnHandler)
     {
         const std::lock_guard<std::mutex> oLock(m_oMutex);
         m_vecNew.push_back(std::move(fnHandler));

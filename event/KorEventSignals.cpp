@@ -64,7 +64,7 @@ void ReleaseSlot(SSlot& oSlot)
 
 } // namespace
 
-int CKorEventSignals::Add(int nSignal, std::function<void()> fnHandler)
+int CKorEventSignals::Add(int nSignal, std::function<void()>&& fnHandler)
 {
     MakeRoom(m_vecSignals);
     const int nTicket =

@@ -15,7 +15,7 @@ public:
     }
 
     /// @return the ticket, or -1 with `errno`
-    int Add(int nSignal, std::function<void()> fnHandler);
+    int Add(int nSignal, std::function<void()>&& fnHandler);
     /// Takes a ticket out of its signal's list; the last one gives the signal back.
     void Remove(int nTicket);
     /// Whether a handler is to be called.

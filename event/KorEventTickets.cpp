@@ -19,7 +19,7 @@ int NumberAfter(int nLast, int nSize)
 } // namespace
 
 int CKorTicketTable::Add(SKorTicket::EKind eKind, int nKey, unsigned int nValue,
-                         std::function<void()> fnHandler)
+                         std::function<void()>&& fnHandler)
 {
     if (m_nFirstFree == -1)
         Grow();

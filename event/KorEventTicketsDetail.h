@@ -40,7 +40,7 @@ class CKorTicketTable
 {
 public:
     int Add(SKorTicket::EKind eKind, int nKey, unsigned int nValue,
-            std::function<void()> fnHandler);
+            std::function<void()>&& fnHandler);
     /// Frees a ticket that exists. @return its handler, for the caller to destroy: what it holds
     /// may use the loop while it is destroyed.
     std::function<void()> Remove(int nTicket);
