@@ -1,6 +1,5 @@
 #include "fs/KorFileAttributesDetail.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <sys/stat.h>
@@ -25,7 +24,7 @@ bool ListAttributes(int hFile, Names& rvecNames)
     if (nSize != 0 && flistxattr(hFile, strNames.data(), strNames.size()) != nSize)
         return false;
     for (size_t nName = 0; nName < strNames.size(); nName += rvecNames.back().size() + 1)
-        rvecNames.emplace_back(&strNames[nName]);
+        rvecNames.push_back(&strNames[nName]);
     return true;
 }
 
@@ -50,25 +49,39 @@ bool CopyAttribute(int hFrom, int hTo, const char* pszName)
            fsetxattr(hTo, pszName, strFrom.data(), strFrom.size(), 0) == 0;
 }
 
+bool Contains(const Names& vecNames, const std::string& strName)
+{
+    for (const std::string& strOne : vecNames) {
+        if (strOne == strName)
+            return true;
+    }
+    return false;
+}
+
 /// Removes what the new file has of its directory and the old file has not, a default access
 /// control list for one.
 bool RemoveOthers(int hTo, const Names& vecKept)
 {
     Names vecNames;
-    return ListAttributes(hTo, vecNames) &&
-           std::all_of(vecNames.begin(), vecNames.end(), [&](const std::string& strName) {
-               return std::find(vecKept.begin(), vecKept.end(), strName) != vecKept.end() ||
-                      fremovexattr(hTo, strName.c_str()) == 0;
-           });
+    if (!ListAttributes(hTo, vecNames))
+        return false;
+    for (const std::string& strName : vecNames) {
+        if (!Contains(vecKept, strName) && fremovexattr(hTo, strName.c_str()) != 0)
+            return false;
+    }
+    return true;
 }
 
 bool CopyExtendedAttributes(int hFrom, int hTo)
 {
     Names vecNames;
-    return ListAttributes(hFrom, vecNames) && RemoveOthers(hTo, vecNames) &&
-           std::all_of(vecNames.begin(), vecNames.end(), [&](const std::string& strName) {
-               return CopyAttribute(hFrom, hTo, strName.c_str());
-           });
+    if (!ListAttributes(hFrom, vecNames) || !RemoveOthers(hTo, vecNames))
+        return false;
+    for (const std::string& strName : vecNames) {
+        if (!CopyAttribute(hFrom, hTo, strName.c_str()))
+            return false;
+    }
+    return true;
 }
 
 /// A bit of the mode that the process may not set is dropped by the system without a failure.

@@ -133,5 +133,5 @@ bool CKorLockedFile::OpenOld(CKorDescriptor& roOld) const
 std::string CKorLockedFile::TemporaryName() const
 {
     const std::string strName = m_strPath.substr(m_strPath.rfind('/') + 1, MAX_NAME_IN_TEMPORARY);
-    return DirectoryOf(m_strPath) + "." + strName + ".kor-new";
+    return DirectoryOf(m_strPath).append(".").append(strName).append(".kor-new");
 }

@@ -23,10 +23,11 @@ bool HoldsZero(const std::string& strText)
 
 bool IsOfManager(const char* pszEntry)
 {
-    return std::any_of(std::begin(MANAGER_VARIABLES), std::end(MANAGER_VARIABLES),
-                       [pszEntry](const char* pszName) {
-                           return std::strncmp(pszEntry, pszName, std::strlen(pszName)) == 0;
-                       });
+    for (const char* pszName : MANAGER_VARIABLES) {
+        if (std::strncmp(pszEntry, pszName, std::strlen(pszName)) == 0)
+            return true;
+    }
+    return false;
 }
 
 /// Whether one of the entries from a place on has the name of this one.
@@ -47,9 +48,11 @@ std::string AbsoluteFolder(const std::string& strFolder)
     if (!strFolder.empty() && strFolder.front() == '/')
         return strFolder;
     char* const pszCurrent = getcwd(nullptr, 0); // allocates; not in POSIX, but everywhere on Linux
-    const std::string strCurrent = pszCurrent != nullptr ? pszCurrent : ".";
+    std::string strAbsolute = pszCurrent != nullptr ? pszCurrent : ".";
     std::free(pszCurrent);
-    return strFolder.empty() ? strCurrent : strCurrent + '/' + strFolder;
+    if (!strFolder.empty())
+        strAbsolute.append("/").append(strFolder);
+    return strAbsolute;
 }
 
 } // namespace
@@ -111,8 +114,8 @@ void CKorSpawn::PreparePrograms(const std::string& strProgram)
     const std::string strPath = pszPath != nullptr ? pszPath : DEFAULT_PATH;
     for (size_t nBegin = 0; nBegin <= strPath.size();) {
         const size_t nEnd = std::min(strPath.find(':', nBegin), strPath.size());
-        m_vecPrograms.push_back(AbsoluteFolder(strPath.substr(nBegin, nEnd - nBegin)) + '/' +
-                                strProgram);
+        m_vecPrograms.push_back(AbsoluteFolder(strPath.substr(nBegin, nEnd - nBegin)));
+        m_vecPrograms.back().append("/").append(strProgram);
         nBegin = nEnd + 1;
     }
 }
