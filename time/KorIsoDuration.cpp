@@ -24,19 +24,20 @@ constexpr std::size_t UNIT_COUNT = sizeof UNITS / sizeof *UNITS;
 void AppendPart(std::string& strText, std::uint64_t nNumber, char cUnit)
 {
     if (nNumber != 0)
-        strText += std::to_string(nNumber) + cUnit;
+        strText.append(std::to_string(nNumber)).push_back(cUnit);
 }
 
-/// The seconds of a minute with as many digits behind the point as they need.
-std::string SecondsText(std::uint64_t nTicks)
+/// Appends the seconds of a minute with as many digits behind the point as they need.
+void AppendSeconds(std::string& strText, std::uint64_t nTicks)
 {
-    std::string strText = std::to_string(nTicks / KorTicks::PER_SECOND);
+    strText.append(std::to_string(nTicks / KorTicks::PER_SECOND));
     const std::uint64_t nFraction = nTicks % KorTicks::PER_SECOND;
     if (nFraction != 0) {
-        const std::string strDigits = std::to_string(KorTicks::PER_SECOND + nFraction);
-        strText += "." + strDigits.substr(1, strDigits.find_last_not_of('0'));
+        std::string strDigits = std::to_string(KorTicks::PER_SECOND + nFraction);
+        strDigits[0] = '.'; // in the place of the 1 that keeps the zeros in front
+        strText.append(strDigits.data(), strDigits.find_last_not_of('0') + 1);
     }
-    return strText + "S";
+    strText.push_back('S');
 }
 
 bool TakeNumber(CCursor& oText, std::uint64_t& nNumber)
@@ -132,11 +133,13 @@ std::string KorToIsoDuration(const CKorTimeDiff& oSpan)
     nRest %= KorTicks::PER_DAY;
     if (nRest == 0)
         return strText;
-    strText += 'T';
+    strText.push_back('T');
     AppendPart(strText, nRest / KorTicks::PER_HOUR, 'H');
     AppendPart(strText, nRest % KorTicks::PER_HOUR / KorTicks::PER_MINUTE, 'M');
     nRest %= KorTicks::PER_MINUTE;
-    return nRest == 0 ? strText : strText + SecondsText(nRest);
+    if (nRest != 0)
+        AppendSeconds(strText, nRest);
+    return strText;
 }
 
 bool KorFromIsoDuration(const std::string& strText, CKorTimeDiff& rSpan)

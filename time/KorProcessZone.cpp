@@ -6,24 +6,24 @@
 #include <cstdlib>
 #include <ctime>
 #include <mutex>
-#include <optional>
 #include <sys/stat.h>
 
 namespace
 {
 
-using OptionalText = std::optional<std::string>;
-
-OptionalText Variable(const char* pszName)
+/// What is kept of a variable: "=" and its value, or nothing when it is not set.
+std::string Variable(const char* pszName)
 {
     const char* const pszValue = getenv(pszName);
-    return pszValue != nullptr ? OptionalText(pszValue) : std::nullopt;
+    return pszValue != nullptr ? std::string("=").append(pszValue) : std::string();
 }
 
 /// The name of the zone that TZ asks for, as C libraries understand it.
-std::string NameIn(const OptionalText& strZone)
+std::string NameIn(const std::string& strZone)
 {
-    return strZone ? strZone->substr(strZone->find(':') == 0 ? 1 : 0) : "/etc/localtime";
+    if (strZone.empty())
+        return "/etc/localtime";
+    return strZone.substr(strZone[1] == ':' ? 2 : 1);
 }
 
 /// What changes with a file.
@@ -97,8 +97,8 @@ private:
 
     std::mutex m_oMutex;
     bool m_bLoaded = false;
-    OptionalText m_strZone;
-    OptionalText m_strDirectory;
+    std::string m_strZone; ///< as Variable() tells it, as the next
+    std::string m_strDirectory;
     std::string m_strPath;
     SFileStamp m_oStamp = {};
     bool m_bFresh = false;

@@ -19,6 +19,16 @@ struct SChange
     bool bToSummer;
 };
 
+/// Adds a change behind those that do not come after it. Few do: a rule's changes come nearly in
+/// their order.
+void Insert(std::vector<SChange>& rvecChanges, const SChange& oChange)
+{
+    rvecChanges.push_back(oChange);
+    for (std::size_t n = rvecChanges.size() - 1;
+         n > 0 && rvecChanges[n].nSecond < rvecChanges[n - 1].nSecond; --n)
+        std::swap(rvecChanges[n], rvecChanges[n - 1]);
+}
+
 /// The changes of a rule from years before an instant to more than 400 years behind it, ascending.
 /// Of those at the same instant the last one counts, which is the latest by the calendar: summer
 /// time may end at the end of a year and begin again that very second.
@@ -30,11 +40,9 @@ std::vector<SChange> ChangesAround(const CKorZoneRule& oRule, std::int64_t nFrom
     std::vector<SChange> vecChanges;
     vecChanges.reserve(2 * (KorCalendar::YEARS_PER_ERA + 2 * YEARS_AROUND));
     for (std::int64_t n = -YEARS_AROUND; n < KorCalendar::YEARS_PER_ERA + YEARS_AROUND; ++n) {
-        vecChanges.push_back({oRule.SummerBegin(nYear + n), true});
-        vecChanges.push_back({oRule.SummerEnd(nYear + n), false});
+        Insert(vecChanges, {oRule.SummerBegin(nYear + n), true});
+        Insert(vecChanges, {oRule.SummerEnd(nYear + n), false});
     }
-    const auto fnBefore = [](const SChange& a, const SChange& b) { return a.nSecond < b.nSecond; };
-    std::stable_sort(vecChanges.begin(), vecChanges.end(), fnBefore);
     return vecChanges;
 }
 
@@ -47,8 +55,8 @@ CKorZoneData::CKorZoneData(std::vector<SKorZoneType> vecTypes, std::vector<std::
       m_nLowestOffset(vecTypes.front().nOffset),
       m_nHighestOffset(vecTypes.front().nOffset)
 {
-    for (const SKorZoneType& oType : vecTypes)
-        AddType(oType);
+    for (SKorZoneType& roType : vecTypes)
+        AddType(std::move(roType));
 }
 
 CKorZoneData::CKorZoneData(const CKorZoneRule& oRule)
@@ -71,11 +79,11 @@ void CKorZoneData::Continue(const CKorZoneRule& oRule)
         AddRule(oRule, std::max(m_vecChanges.back(), -MAX_SECONDS));
 }
 
-void CKorZoneData::AddType(const SKorZoneType& oType)
+void CKorZoneData::AddType(SKorZoneType oType)
 {
-    m_vecTypes.push_back(oType);
     m_nLowestOffset = std::min(m_nLowestOffset, oType.nOffset);
     m_nHighestOffset = std::max(m_nHighestOffset, oType.nOffset);
+    m_vecTypes.push_back(std::move(oType));
 }
 
 /// Lets the rule hold from nFrom on, which must not lie before the last change.
@@ -88,15 +96,15 @@ void CKorZoneData::AddRule(const CKorZoneRule& oRule, std::int64_t nFrom)
         return;
     AddType(oRule.Summer());
     for (const SChange& oChange : ChangesAround(oRule, nFrom)) {
-        const auto nType = static_cast<std::uint16_t>(nStandard + (oChange.bToSummer ? 1 : 0));
+        const int nType = nStandard + (oChange.bToSummer ? 1 : 0);
         if (oChange.nSecond <= nFrom) {
-            m_vecTypeOfPeriod.back() = nType;
+            m_vecTypeOfPeriod.back() = static_cast<std::uint16_t>(nType);
             continue;
         }
         if (m_nCycleEnd == Limits::max())
             m_nCycleEnd = oChange.nSecond + SECONDS_PER_CYCLE;
         m_vecChanges.push_back(oChange.nSecond);
-        m_vecTypeOfPeriod.push_back(nType);
+        m_vecTypeOfPeriod.push_back(static_cast<std::uint16_t>(nType));
     }
 }
 

@@ -92,7 +92,7 @@ private:
         pFirst += nCount == 1 && *pFirst <= nSeconds ? 1 : 0;
         return static_cast<std::size_t>(pFirst - m_vecChanges.data());
     }
-    void AddType(const SKorZoneType& oType);
+    void AddType(SKorZoneType oType);
     void AddRule(const CKorZoneRule& oRule, std::int64_t nFrom);
 
     std::vector<SKorZoneType> m_vecTypes;

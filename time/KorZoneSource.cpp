@@ -63,8 +63,10 @@ bool KorZonePath(const std::string& strName, std::string& rstrPath)
         return false;
     const char* const pszDirectory = getenv("TZDIR");
     const bool bIsSet = pszDirectory != nullptr && *pszDirectory != '\0';
-    rstrPath = bIsPath ? "" : std::string(bIsSet ? pszDirectory : "/usr/share/zoneinfo") + "/";
-    rstrPath += strName;
+    rstrPath.clear();
+    if (!bIsPath)
+        rstrPath.append(bIsSet ? pszDirectory : "/usr/share/zoneinfo").append("/");
+    rstrPath.append(strName);
     return true;
 }
 
