@@ -97,20 +97,23 @@ void CKorApplicationInfo::SetVersion(const char* pszVersion)
 
 std::string CKorApplicationInfo::GetVersion() const
 {
-    return std::to_string(m_nVersionMajor) + "." + std::to_string(m_nVersionMinor) + "." +
-           std::to_string(m_nVersionPatch);
+    std::string strVersion;
+    for (const int nPart : {m_nVersionMajor, m_nVersionMinor, m_nVersionPatch})
+        strVersion.append(strVersion.empty() ? "" : ".").append(std::to_string(nPart));
+    return strVersion;
 }
 
 std::string CKorApplicationInfo::GetVersionString() const
 {
-    return m_strApplDescription + ", Version " + GetVersion();
+    return std::string(m_strApplDescription).append(", Version ").append(GetVersion());
 }
 
 std::string CKorApplicationInfo::GetCopyrightString() const
 {
-    std::string strText = m_strCopyright + " " + m_strVendorName;
+    std::string strText = m_strCopyright;
+    strText.append(" ").append(m_strVendorName);
     if (!m_strContact.empty())
-        strText += " (" + m_strContact + ")";
+        strText.append(" (").append(m_strContact).append(")");
     return strText;
 }
 

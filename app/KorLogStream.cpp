@@ -25,9 +25,11 @@ bool IsJournal(int nHandle)
     struct stat oTarget = {};
     if (pszJournal == nullptr || fstat(nHandle, &oTarget) != 0)
         return false;
-    const std::string strTarget =
-        std::to_string(oTarget.st_dev) + ":" + std::to_string(oTarget.st_ino);
-    return strTarget == pszJournal;
+    char szTarget[48];
+    std::snprintf(szTarget, sizeof szTarget, "%llu:%llu",
+                  static_cast<unsigned long long>(oTarget.st_dev),
+                  static_cast<unsigned long long>(oTarget.st_ino));
+    return std::strcmp(szTarget, pszJournal) == 0;
 }
 
 class CStandardError : public CKorLogStream

@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <poll.h>
 #include <signal.h>
-#include <string>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -117,8 +117,9 @@ std::size_t WriteToReader(int nHandle, bool bPipe, const char* pBytes, std::size
 {
     if (bPipe && !PipeHasRoom(nHandle, nLength))
         return 0;
-    const std::string strName = "/proc/self/fd/" + std::to_string(nHandle);
-    const CKorDescriptor oOwn(KorOpenAboveStandard(strName.c_str(), O_WRONLY | O_NONBLOCK, 0));
+    char szName[32];
+    std::snprintf(szName, sizeof szName, "/proc/self/fd/%d", nHandle);
+    const CKorDescriptor oOwn(KorOpenAboveStandard(szName, O_WRONLY | O_NONBLOCK, 0));
     if (oOwn.IsOpen())
         return WriteAll(pBytes, nLength, [&oOwn](const char* pRest, std::size_t nRest) {
             return write(oOwn.Get(), pRest, nRest);

@@ -89,7 +89,7 @@ bool ReadNumber(int hFile, int& nNumber)
 
 bool WriteNumber(int hFile)
 {
-    const std::string strNumber = std::to_string(getpid()) + "\n";
+    const std::string strNumber = std::to_string(getpid()).append("\n");
     if (ftruncate(hFile, 0) != 0)
         return false;
     const ssize_t nWritten = pwrite(hFile, strNumber.data(), strNumber.size(), 0);

@@ -1,10 +1,10 @@
 #include "app/KorServiceNotify.h"
 
+#include "config/KorTextValue.h"
 #include "fs/KorDescriptorDetail.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -51,19 +51,19 @@ bool Send(const std::string& strMessage)
 }
 
 /// @return false for anything but decimal digits, and for a number beyond 64 bits
-bool ReadNumber(const char* pszText, std::uint64_t& nNumber)
+bool ReadNumber(const char* pszText, unsigned long long& rnNumber)
 {
-    const char* const pEnd = pszText + std::strlen(pszText);
-    const auto oResult = std::from_chars(pszText, pEnd, nNumber);
-    return oResult.ec == std::errc() && oResult.ptr == pEnd;
+    constexpr std::uint64_t GREATEST = ~std::uint64_t{0};
+    return *pszText != '\0' && pszText[std::strspn(pszText, "0123456789")] == '\0' &&
+           KorReadUnsigned(pszText, GREATEST, rnNumber);
 }
 
 bool WatchdogIsForAnother()
 {
     const char* const pszProcess = std::getenv("WATCHDOG_PID");
-    std::uint64_t nProcess = 0;
-    return pszProcess != nullptr &&
-           (!ReadNumber(pszProcess, nProcess) || nProcess != static_cast<std::uint64_t>(getpid()));
+    unsigned long long nProcess = 0;
+    return pszProcess != nullptr && (!ReadNumber(pszProcess, nProcess) ||
+                                     nProcess != static_cast<unsigned long long>(getpid()));
 }
 
 } // namespace
@@ -106,7 +106,7 @@ unsigned int KorGetAliveInterval()
     // The next greater number means "for ever" to the event loop.
     constexpr std::uint64_t LONGEST = 0xFFFFFFFE;
     const char* const pszTime = std::getenv("WATCHDOG_USEC");
-    std::uint64_t nMicroseconds = 0;
+    unsigned long long nMicroseconds = 0;
     if (pszTime == nullptr || !ReadNumber(pszTime, nMicroseconds) || nMicroseconds == 0 ||
         WatchdogIsForAnother())
         return 0;
