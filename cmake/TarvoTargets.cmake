@@ -34,7 +34,7 @@ function(tarvo_configure_library target export_name file_name)
     # Optimised as one piece it is a tenth smaller; an archive would need the same compiler again.
     set_property(TARGET ${target} PROPERTY INTERPROCEDURAL_OPTIMIZATION_MINSIZEREL ${TARVO_HAS_LTO})
     target_link_options(${target} PRIVATE -Wl,--no-undefined -Wl,--as-needed -Wl,--gc-sections
-      -Wl,-O1 -Wl,-Bsymbolic-functions -Wl,--version-script=${tarvo_exports})
+      -Wl,-Bsymbolic-functions -Wl,--version-script=${tarvo_exports})
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${tarvo_exports})
   else()
     target_link_options(${target} INTERFACE -Wl,--gc-sections)
