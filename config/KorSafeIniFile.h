@@ -46,7 +46,9 @@ struct SKorIniChange;
 ///   reason but that there is none, or when the program's exchange throws.
 /// - Writers of one file, in threads or processes, take turns: what one has set is applied to what
 ///   the file holds when its turn comes, so that different options all keep their changes. A writer
-///   waits 2 s at most. The program's exchange runs outside these turns.
+///   waits 2 s at most. The program's exchange runs outside these turns. Who changes the file out of
+///   turn, with an editor, is noticed up to the last look at it, right before the new file takes
+///   its name.
 /// - What the format cannot hold is refused: a name of an option that is empty, begins with "[",
 ///   has white space at an end or holds "=", "#", a line feed or a NUL byte; a name of a section
 ///   with "]", "#", a line feed or a NUL byte; a value with white space at an end, "#", a line feed

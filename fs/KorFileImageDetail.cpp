@@ -81,7 +81,8 @@ bool SKorFileImage::IsCurrent(const char* pszName) const
     SKorFileImage oNow;
     if (!oNow.Read(pszName) && errno != ENOENT)
         return false;
-    if (oNow.m_oState == m_oState && oNow.m_strContent == m_strContent)
+    // The name comes last: it may have gone to another file while this one was read.
+    if (oNow.m_strContent == m_strContent && KorFileStateOf(pszName) == m_oState)
         return true;
     errno = ESTALE;
     return false;

@@ -221,6 +221,24 @@ TEST_F(KorSafeIniFault, AFileChangedByHandBetweenReadingAndReplacingIsNotOverwri
     }
 }
 
+TEST_F(KorSafeIniFault, AFileReplacedByHandDuringTheLastLookAtItIsNotOverwritten)
+{
+    WriteFile(m_strFile, Text("0"));
+    WriteFile(m_oDir.File("hand"), Text("9"));
+    Settings oFile(m_strFile);
+    bool bFilled = false;
+    const CallWatch oWatch([&](const std::string& strCall) {
+        bFilled = bFilled || strCall == "fsync";
+        if (bFilled && strCall == "read" && std::filesystem::exists(m_oDir.File("hand")))
+            std::filesystem::rename(m_oDir.File("hand"), m_strFile);
+        return 0;
+    });
+    EXPECT_FALSE(oFile.WriteOption("S", "a", "1"));
+    EXPECT_EQ(ESTALE, oFile.GetLastError());
+    EXPECT_FALSE(oFile.WasWritten());
+    EXPECT_EQ(Text("9"), Content());
+}
+
 TEST_F(KorSafeIniFault, AFileChangedWithoutATraceInItsTimesIsNotOverwritten)
 {
     WriteFile(m_strFile, Text("0"));
