@@ -3,9 +3,10 @@
 
 #include "time/KorLocalTime.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <locale>
+#include <numeric>
 #include <sstream>
 #include <stdexcept>
 #include <streambuf>
@@ -50,8 +51,12 @@ struct OddSpace : std::ctype<char>
     explicit OddSpace(char c) : std::ctype<char>(Table(c)) {}
     static const mask* Table(char c)
     {
+        // classic_table() is null with musl.
         static mask aMasks[table_size];
-        std::memcpy(aMasks, classic_table(), sizeof aMasks);
+        char acAll[table_size];
+        std::iota(std::begin(acAll), std::end(acAll), '\0');
+        std::use_facet<std::ctype<char>>(std::locale::classic())
+            .is(std::begin(acAll), std::end(acAll), aMasks);
         aMasks[static_cast<unsigned char>(c)] |= space;
         return aMasks;
     }
