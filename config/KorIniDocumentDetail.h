@@ -303,7 +303,7 @@ template <class TLine>
 void CKorIniDocument<TLine>::Append(std::unique_ptr<TLine> pLine)
 {
     m_apLines.push_back(pLine.get());
-    pLine.release();
+    static_cast<void>(pLine.release());
     if (!m_oIndex.IsComplete())
         return;
     if (!m_apLines.back()->m_strSection.empty())

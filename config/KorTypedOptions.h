@@ -60,6 +60,7 @@ public:
     bool Store(const std::string& strText);
 
     /// Adds a finding about the stored value. @return false
+    /// @param oRefusal    why
     /// @param strDefault  the text of what is used instead
     bool RefuseStored(const SKorRefusal& oRefusal, const std::string& strDefault) const;
 
@@ -82,8 +83,12 @@ struct SKorValueName
 };
 
 /// Exchanges a variable that has one of a list of names; what IOX_Enum() is made of.
-/// @param nDefault  index of the default; the number of names when it has none
-/// @param rnName    index of the variable's value; the number of names when it has none
+/// @param pExchange  the exchange, whose direction decides
+/// @param pszSection the option's section
+/// @param pszOption  the option's name
+/// @param vecNames   the names
+/// @param nDefault   index of the default; the number of names when it has none
+/// @param rnName     index of the variable's value; the number of names when it has none
 TARVO_EXT_API bool KorExchangeName(CKorIniOptionExchange* pExchange, const char* pszSection,
                                    const char* pszOption,
                                    const std::vector<SKorValueName>& vecNames, size_t nDefault,
@@ -153,7 +158,12 @@ bool KorReadsBack(const std::vector<T>& vecValue, const std::string& strText)
 
 /// Exchanges a variable whose values have to pass a test; what IOX_Value() and IOX_Range() are made
 /// of.
-/// @param fnTest  takes a value and returns the SKorRefusal of it
+/// @param pExchange     the exchange, whose direction decides
+/// @param pszSection    the option's section
+/// @param pszOption     the option's name
+/// @param rValue        the variable
+/// @param defaultValue  what to read when there is no such option, or none that can be taken
+/// @param fnTest        takes a value and returns the SKorRefusal of it
 template <typename T, typename TTest>
 bool KorExchangeOption(CKorIniOptionExchange* pExchange, const char* pszSection,
                        const char* pszOption, T& rValue, const T& defaultValue, TTest fnTest)
