@@ -16,6 +16,12 @@ constexpr const char* MANAGER_VARIABLES[] = {"NOTIFY_SOCKET=", "WATCHDOG_USEC=",
 
 constexpr const char* DEFAULT_PATH = "/bin:/usr/bin";
 
+/// Adds a text, which exec() takes as one that it may change, and does not.
+void Add(std::vector<char*>& rvecTexts, const char* pszText)
+{
+    rvecTexts.push_back(const_cast<char*>(pszText));
+}
+
 bool HoldsZero(const std::string& strText)
 {
     return strText.find('\0') != std::string::npos;
@@ -79,9 +85,9 @@ bool CKorSpawn::PrepareArguments(const std::vector<std::string>& vecArguments)
     for (const std::string& strArgument : vecArguments) {
         if (HoldsZero(strArgument))
             return false;
-        m_vecArguments.push_back(const_cast<char*>(strArgument.c_str()));
+        Add(m_vecArguments, strArgument.c_str());
     }
-    m_vecArguments.push_back(nullptr);
+    Add(m_vecArguments, nullptr);
     return true;
 }
 
@@ -91,16 +97,16 @@ bool CKorSpawn::PrepareEnvironment(const SKorChildOptions& oOptions)
     for (char** ppszOld = environ; !oOptions.m_bClearEnvironment && *ppszOld != nullptr;
          ++ppszOld) {
         if (!IsOfManager(*ppszOld) && !IsReplaced(*ppszOld, vecNew, 0))
-            m_vecEnvironment.push_back(*ppszOld);
+            Add(m_vecEnvironment, *ppszOld);
     }
     for (size_t nEntry = 0; nEntry < vecNew.size(); ++nEntry) {
         const size_t nEquals = vecNew[nEntry].find('=');
         if (nEquals == 0 || nEquals == std::string::npos || HoldsZero(vecNew[nEntry]))
             return false;
         if (!IsReplaced(vecNew[nEntry].c_str(), vecNew, nEntry + 1))
-            m_vecEnvironment.push_back(const_cast<char*>(vecNew[nEntry].c_str()));
+            Add(m_vecEnvironment, vecNew[nEntry].c_str());
     }
-    m_vecEnvironment.push_back(nullptr);
+    Add(m_vecEnvironment, nullptr);
     return true;
 }
 
