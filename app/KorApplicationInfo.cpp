@@ -6,9 +6,9 @@
 namespace
 {
 
-std::string TextOr(const char* pszText, const std::string& strDefault)
+const char* TextOr(const char* pszText, const char* pszDefault)
 {
-    return pszText != nullptr ? pszText : strDefault;
+    return pszText != nullptr ? pszText : pszDefault;
 }
 
 /// Reads a number; a failed read leaves nValue as it was.
@@ -56,7 +56,7 @@ void CKorApplicationInfo::SetApplName(const char* pszName)
 
 void CKorApplicationInfo::SetApplDescription(const char* pszDescription)
 {
-    m_strApplDescription = TextOr(pszDescription, m_strApplName);
+    m_strApplDescription = TextOr(pszDescription, m_strApplName.c_str());
 }
 
 void CKorApplicationInfo::SetVendorName(const char* pszVendor)
