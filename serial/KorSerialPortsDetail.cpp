@@ -82,7 +82,7 @@ std::string StableName(const std::string& strRoot, const std::string& strDevice)
         std::vector<std::string> vecNames = EntriesOf(strRoot + pszFolder);
         std::sort(vecNames.begin(), vecNames.end());
         for (const std::string& strName : vecNames) {
-            const std::string strLink = std::string(pszFolder) + "/" + strName;
+            std::string strLink = std::string(pszFolder) + "/" + strName;
             if (!strTarget.empty() && RealName(strRoot + strLink) == strTarget)
                 return strLink;
         }
@@ -148,12 +148,13 @@ bool KorIsNameBefore(const std::string& strLeft, const std::string& strRight)
 void KorListSerialPortsBelow(const std::string& strRoot, std::vector<SKorSerialPort>& rvecPorts)
 {
     rvecPorts.clear();
-    const std::string strClass = strRoot + "/sys/class/tty";
+    const std::string strClass = strRoot + "/sys/class/tty/";
     for (const std::string& strName : EntriesOf(strClass)) {
-        const std::string strShown = RealName(strClass + "/" + strName + "/device");
+        const std::string strTerminal = strClass + strName;
+        const std::string strShown = RealName(strTerminal + "/device");
         // Consoles have no device; slots that a driver keeps for UARTs that are not there have
         // the type 0.
-        if (!strShown.empty() && LineOf(strClass + "/" + strName + "/type") != "0")
+        if (!strShown.empty() && LineOf(strTerminal + "/type") != "0")
             rvecPorts.push_back(Describe(strRoot, strName, strShown));
     }
     std::sort(rvecPorts.begin(), rvecPorts.end(), [](const auto& oLeft, const auto& oRight) {
