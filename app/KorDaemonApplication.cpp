@@ -68,7 +68,10 @@ int CKorDaemonApplication::Start(int argc, char** argv)
         return eResult == CKorOptionParser::PARSE_DONE ? EXIT_SUCCESS : WRONG_USAGE;
     ParseCommandLine();
     if (Initialize()) {
-        m_oLoop.Post([this] { TellReady(); });
+        m_oLoop.Post([this] {
+            TellReady();
+            TellAlive();
+        });
         Run();
         KorNotifyStopping();
     } else if (!m_bEndByProgram) {
@@ -175,10 +178,18 @@ void CKorDaemonApplication::AskForEnd()
     m_oLoop.Stop();
 }
 
+/// A manager that waits for this takes a program that does not say it for one that failed.
 void CKorDaemonApplication::TellReady()
 {
+    constexpr unsigned int PAUSE_MS = 100;
+    if (!KorNotifyReady() && errno == EAGAIN) // its queue is full
+        m_oLoop.CallAfter(PAUSE_MS, [this] { TellReady(); });
+}
+
+void CKorDaemonApplication::TellAlive()
+{
     const unsigned int nInterval = KorGetAliveInterval();
-    if (KorNotifyReady() && nInterval != 0)
+    if (nInterval != 0 && std::getenv("NOTIFY_SOCKET") != nullptr)
         m_oLoop.CallEvery(nInterval, [] { KorNotifyAlive(); });
 }
 
@@ -186,5 +197,5 @@ void CKorDaemonApplication::Reload()
 {
     KorNotifyReloading();
     ReloadInd();
-    KorNotifyReady();
+    TellReady();
 }

@@ -133,6 +133,7 @@ private:
     TARVO_EXT_LOCAL void AskForEnd();
     TARVO_EXT_LOCAL void CountEndSignal(int nSignal);
     TARVO_EXT_LOCAL void TellReady();
+    TARVO_EXT_LOCAL void TellAlive();
     TARVO_EXT_LOCAL void Reload();
     TARVO_EXT_LOCAL int Leave(int nCopy, int nNews);
     TARVO_EXT_LOCAL void Settle(int nNull);

@@ -98,6 +98,37 @@ TEST_F(KorDaemonManager, HearsThatTheProgramIsAliveAsLongAsItsLoopTurns)
     EXPECT_EQ("STOPPING=1", m_oManager.Receive());
 }
 
+TEST_F(KorDaemonManager, ThatTakesNothingForAWhileIsToldLater)
+{
+    constexpr int ENOUGH = 1000;
+    while (KorNotifyStatus("full")) {
+    }
+    ChildProcess oChild([] {
+        class Early : public PrintingDaemon
+        {
+        public:
+            bool Initialize() override
+            {
+                return GetLoop().CallAfter(0, [this] { Print("turned "); }) > 0;
+            }
+        };
+        setenv("WATCHDOG_USEC", "10000", 1);
+        return Early().Start(0, nullptr);
+    });
+    ASSERT_TRUE(oChild.WaitForOutput("turned "));
+    int nReady = 0;
+    int nAlive = 0;
+    for (int i = 0; i < ENOUGH && (nReady == 0 || nAlive == 0); ++i) {
+        const std::string strMessage = m_oManager.Receive();
+        nReady += strMessage == "READY=1" ? 1 : 0;
+        nAlive += strMessage == "WATCHDOG=1" ? 1 : 0;
+    }
+    EXPECT_EQ(1, nReady);
+    EXPECT_NE(0, nAlive);
+    oChild.Signal(SIGTERM);
+    EXPECT_EQ(0, oChild.Wait().nExitStatus);
+}
+
 TEST_F(KorDaemonManager, ThatWantsNoSignOfLifeGetsNone)
 {
     ChildProcess oChild([] {
