@@ -2,88 +2,14 @@
 
 #include "config/KorSafeIniFile.h"
 #include "serial/KorSerial.h"
+#include "tests/config/TypedOptionsTest.h"
 #include "tests/support/ScratchDir.h"
 
-#include <cerrno>
-#include <cmath>
-#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 
 namespace
 {
-
-/// Options whose exchange is a function of the test.
-template <typename TIniFile>
-class Options : public TIniFile
-{
-public:
-    Options(const std::string& strFile, std::function<void(CKorIniOptionExchange*)> fnExchange)
-        : TIniFile(strFile.c_str(), TIniFile::PATH_UNCHANGED), m_fnExchange(std::move(fnExchange))
-    {
-    }
-    using TIniFile::DoOptionExchange;
-    void DoOptionExchange(CKorIniOptionExchange* pExchange) override { m_fnExchange(pExchange); }
-
-private:
-    std::function<void(CKorIniOptionExchange*)> m_fnExchange;
-};
-
-class KorTypedOptions : public testing::Test
-{
-protected:
-    /// Reads one option [A] x through fnExchange, which returns its result.
-    template <typename TExchange>
-    bool ReadFrom(const std::string& strContent, TExchange fnExchange)
-    {
-        WriteFile(m_strFile, strContent);
-        return Exchange(false, fnExchange);
-    }
-    /// Writes it into a file with this content.
-    template <typename TExchange>
-    bool WriteInto(const std::string& strContent, TExchange fnExchange)
-    {
-        WriteFile(m_strFile, strContent);
-        return Exchange(true, fnExchange);
-    }
-    template <typename TExchange>
-    bool Exchange(bool bWriteBack, TExchange fnExchange)
-    {
-        bool bResult = false;
-        Options<CKorSafeIniFile> oOptions(
-            m_strFile, [&](CKorIniOptionExchange* pExchange) { bResult = fnExchange(pExchange); });
-        m_bUpdated = oOptions.UpdateOptions(bWriteBack);
-        m_vecFindings = oOptions.GetFindings();
-        return bResult;
-    }
-    std::string Finding() const
-    {
-        return m_vecFindings.size() == 1 ? m_vecFindings[0].m_strText
-                                         : std::to_string(m_vecFindings.size()) + " findings";
-    }
-    std::string Content() const { return ReadFile(m_strFile); }
-
-    const ScratchDir m_oDir;
-    const std::string m_strFile = m_oDir.File("options.ini");
-    bool m_bUpdated = false;
-    std::vector<SKorIniFinding> m_vecFindings;
-};
-
-/// An exchange of [Poll] Interval.
-template <typename T>
-auto Value(T& rValue, const T& defaultValue)
-{
-    return [&rValue, defaultValue](CKorIniOptionExchange* pExchange) {
-        return IOX_Value(pExchange, "Poll", "Interval", rValue, defaultValue);
-    };
-}
-
-auto Range(int& rnValue)
-{
-    return [&rnValue](CKorIniOptionExchange* pExchange) {
-        return IOX_Range(pExchange, "Poll", "Interval", rnValue, 500, 10, 1000);
-    };
-}
 
 TEST_F(KorTypedOptions, TakeArgumentsThatConvert)
 {
@@ -270,85 +196,6 @@ TEST_F(KorTypedOptions, WhatTheFormatCannotHoldIsRefusedWithoutBeingTold)
     }
     std::string strValue("a\0b", 3);
     EXPECT_FALSE(WriteInto("", Value<std::string>(strValue, "d")));
-}
-
-enum class Parity
-{
-    EVEN,
-    ODD,
-    NONE,
-    MARK
-};
-
-auto Enum(Parity& reValue)
-{
-    return [&reValue](CKorIniOptionExchange* pExchange) {
-        return IOX_Enum(pExchange, "Port", "Parity", reValue, Parity::NONE,
-                        {{"even", Parity::EVEN},
-                         {"odd", Parity::ODD},
-                         {"none", Parity::NONE},
-                         {"off", Parity::NONE}});
-    };
-}
-
-TEST_F(KorTypedOptions, AnEnumerationHasNames)
-{
-    Parity eValue = Parity::MARK;
-    EXPECT_TRUE(ReadFrom("", Enum(eValue)));
-    EXPECT_EQ(Parity::NONE, eValue);
-    EXPECT_TRUE(ReadFrom("[Port]\nParity=odd\n", Enum(eValue)));
-    EXPECT_EQ(Parity::ODD, eValue);
-    EXPECT_TRUE(ReadFrom("[Port]\nParity=\"Even\"\n", Enum(eValue)));
-    EXPECT_EQ(Parity::EVEN, eValue);
-    EXPECT_FALSE(ReadFrom("[Port]\nParity=odds\n", Enum(eValue)));
-    EXPECT_EQ(Parity::NONE, eValue);
-    EXPECT_EQ("[Port] Parity=odds is none of even, odd, none, off; none is used", Finding());
-}
-
-TEST_F(KorTypedOptions, AnEnumerationIsWrittenByItsFirstNameUnlessItReadsTheSame)
-{
-    Parity eValue = Parity::NONE;
-    EXPECT_TRUE(WriteInto("[Port]\nParity=odd\n", Enum(eValue)));
-    EXPECT_EQ("[Port]\nParity=none\n", Content());
-    EXPECT_TRUE(WriteInto("[Port]\nParity=OFF\n", Enum(eValue)));
-    EXPECT_EQ("[Port]\nParity=OFF\n", Content());
-    eValue = Parity::MARK;
-    EXPECT_FALSE(WriteInto("[Port]\nParity=odd\n", Enum(eValue)));
-    EXPECT_EQ(Parity::MARK, eValue);
-    EXPECT_EQ("[Port]\nParity=odd\n", Content());
-    EXPECT_EQ(1U, m_vecFindings.size());
-}
-
-TEST_F(KorTypedOptions, NamesThatDifferInCaseAloneAreDifferentNames)
-{
-    int nValue = 0;
-    const auto fnExchange = [&nValue](CKorIniOptionExchange* pExchange) {
-        return IOX_Enum(pExchange, "A", "x", nValue, 0, {{"m", 1}, {"M", 2}, {nullptr, 3}});
-    };
-    EXPECT_TRUE(ReadFrom("[A]\nx=M\n", fnExchange));
-    EXPECT_EQ(2, nValue);
-    EXPECT_TRUE(ReadFrom("[A]\nx=\n", fnExchange));
-    EXPECT_EQ(3, nValue);
-}
-
-TEST_F(KorTypedOptions, ThePlainIniFileTakesThemToo)
-{
-    int nValue = 0;
-    bool bResult = true;
-    Options<CKorIniFile> oOptions(m_strFile, [&](CKorIniOptionExchange* pExchange) {
-        bResult = IOX_Range(pExchange, "Poll", "Interval", nValue, 500, 10, 1000);
-    });
-    WriteFile(m_strFile, "[Poll]\nInterval=5\n");
-    oOptions.UpdateOptions(false);
-    EXPECT_FALSE(bResult);
-    EXPECT_EQ(500, nValue);
-    oOptions.UpdateOptions(true);
-    EXPECT_TRUE(bResult);
-    EXPECT_NE(std::string::npos, Content().find("Interval=500"));
-    nValue = 5;
-    oOptions.UpdateOptions(true);
-    EXPECT_FALSE(bResult);
-    EXPECT_NE(std::string::npos, Content().find("Interval=500"));
 }
 
 /// The settings of docs/settings.md.

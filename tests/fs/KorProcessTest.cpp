@@ -1,20 +1,17 @@
 #include "fs/KorProcess.h"
 
 #include "fs/KorProcessDetail.h"
+#include "tests/fs/WorkDir.h"
 #include "tests/support/ChildProcess.h"
-#include "tests/support/Emulation.h"
 #include "tests/support/ScratchDir.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <thread>
 #include <type_traits>
 #include <unistd.h>
 
@@ -28,41 +25,6 @@ public:
     using CKorProcess::m_nProcessID;
     using CKorProcess::m_sName;
 };
-
-/// Changes the working directory for the scope.
-class WorkDir
-{
-public:
-    explicit WorkDir(const std::string& strDir) : m_nBefore(open(".", O_RDONLY | O_DIRECTORY))
-    {
-        EXPECT_EQ(0, chdir(strDir.c_str())) << strDir;
-    }
-    ~WorkDir()
-    {
-        EXPECT_EQ(0, fchdir(m_nBefore));
-        close(m_nBefore);
-    }
-    WorkDir(const WorkDir&) = delete;
-    WorkDir& operator=(const WorkDir&) = delete;
-
-private:
-    int m_nBefore;
-};
-
-/// Goes down into new directories until the working directory's name has that many bytes.
-void DescendTo(size_t nLength)
-{
-    constexpr size_t LONGEST_NAME = 200;
-    for (size_t nNow = std::filesystem::current_path().native().size(); nNow < nLength;) {
-        size_t nName = std::min(nLength - nNow - 1, LONGEST_NAME);
-        if (nLength - nNow - nName - 1 == 1)
-            --nName; // leaves room for a separator and a name
-        const std::string strName(nName, 'd');
-        ASSERT_EQ(0, mkdir(strName.c_str(), 0700));
-        ASSERT_EQ(0, chdir(strName.c_str()));
-        nNow += nName + 1;
-    }
-}
 
 /// Waits for the only child of this process.
 /// @return its exit status, or minus the signal that ended it
@@ -266,93 +228,6 @@ TEST(KorProcessWorkDir, IsADotWhenItWasRemoved)
     const WorkDir oWorkDir(oDir.File("gone"));
     ASSERT_EQ(0, rmdir(oDir.File("gone").c_str()));
     EXPECT_EQ("./", CKorProcess::GetCurrentWorkDir());
-}
-
-/// The directory of the running test program, by a way of its own.
-std::string OwnDirectory()
-{
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path().native() + "/";
-}
-
-/// Where the kernel sees the program that runs: the emulator's directory under an emulator.
-std::string DirectorySeenByKernel()
-{
-    return std::filesystem::read_symlink("/proc/./self/exe").parent_path().native() + "/";
-}
-
-TEST(KorProcessProgDir, IsWhereTheProgramFileLies)
-{
-    const std::string strDir = CKorProcess::GetCurrentProgDir();
-    if (UnderEmulation() && strDir != OwnDirectory()) {
-        std::printf("[ emulated ] the emulator stands for the program file\n");
-        EXPECT_EQ(DirectorySeenByKernel(), strDir);
-    } else {
-        EXPECT_EQ(OwnDirectory(), strDir);
-    }
-}
-
-TEST(KorProcessProgDir, StaysWhenTheWorkingDirectoryChanges)
-{
-    const std::string strDir = CKorProcess::GetCurrentProgDir();
-    const WorkDir oWorkDir("/");
-    EXPECT_EQ(strDir, CKorProcess::GetCurrentProgDir());
-}
-
-/// Runs a copy of a program that prints its directory, in a directory of nLength bytes, and
-/// expects the directory that the name of the copy, cut at 2047 bytes, is in.
-void ExpectProgramDirAtDepth(size_t nLength)
-{
-    const ScratchDir oDir;
-    const WorkDir oWorkDir(oDir.Path());
-    DescendTo(nLength);
-    const std::string strProgram = std::filesystem::current_path() / "p.bin";
-    std::filesystem::copy_file(PROGDIR_PROGRAM, strProgram);
-    const std::string strDir = RunProgram({"./p.bin"}).strOut;
-    if (UnderEmulation() && strDir == DirectorySeenByKernel()) {
-        std::printf("[ emulated ] the emulator stands for the program file\n");
-        return;
-    }
-    EXPECT_EQ(nLength, strProgram.size() - 6);
-    EXPECT_EQ(strProgram.substr(0, strProgram.substr(0, 2047).rfind('/') + 1), strDir);
-}
-
-TEST(KorProcessProgDir, IsKnownInADeepDirectory)
-{
-    ExpectProgramDirAtDepth(1500);
-}
-
-TEST(KorProcessProgDir, IsCutAt2047Bytes)
-{
-    ExpectProgramDirAtDepth(2041); // a name of exactly 2047 bytes
-    ExpectProgramDirAtDepth(2042); // cut inside the program's name
-    ExpectProgramDirAtDepth(2046); // cut behind the separator
-    ExpectProgramDirAtDepth(2047); // cut in front of the separator
-    ExpectProgramDirAtDepth(2100); // cut inside the last directory's name
-}
-
-TEST(KorProcessProgDir, IsTheSameOnEveryThread)
-{
-    const std::string strDir = CKorProcess::GetCurrentProgDir();
-    const auto fnAsk = [&strDir] {
-        for (int i = 0; i < 200; ++i)
-            EXPECT_EQ(strDir, CKorProcess::GetCurrentProgDir());
-    };
-    std::thread oOther(fnAsk);
-    fnAsk();
-    oOther.join();
-}
-
-TEST(KorProcessProgDir, CutsTheProgramNameOff)
-{
-    EXPECT_EQ("/usr/bin/", DirectoryOfProgram("/usr/bin/daemon"));
-    EXPECT_EQ("/", DirectoryOfProgram("/daemon"));
-    EXPECT_EQ("/odd\\", DirectoryOfProgram("/odd\\/daemon"));
-}
-
-TEST(KorProcessProgDir, TakesANameWithoutSlashForTheDirectory)
-{
-    EXPECT_EQ("daemon/", DirectoryOfProgram("daemon"));
-    EXPECT_EQ("odd\\", DirectoryOfProgram("odd\\"));
 }
 
 } // namespace

@@ -1,13 +1,10 @@
 #include "fs/KorWholeFile.h"
 
-#include "tests/support/CallWatch.h"
+#include "tests/fs/WholeFileTest.h"
 #include "tests/support/Confinement.h"
 #include "tests/support/ScratchDir.h"
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdint>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -18,61 +15,6 @@
 
 namespace
 {
-
-using namespace std::string_literals;
-
-mode_t ModeOf(const std::string& strFile)
-{
-    struct stat oStat
-    {
-    };
-    EXPECT_EQ(0, stat(strFile.c_str(), &oStat)) << strFile;
-    return oStat.st_mode & 07777U;
-}
-
-/// Sets the umask for the scope.
-class Umask
-{
-public:
-    explicit Umask(mode_t nMask) : m_nBefore(umask(nMask)) {}
-    ~Umask() { umask(m_nBefore); }
-    Umask(const Umask&) = delete;
-    Umask& operator=(const Umask&) = delete;
-
-private:
-    const mode_t m_nBefore;
-};
-
-class KorWholeFile : public testing::Test
-{
-protected:
-    /// Replaces the file and tells 0 or the errno of the failure.
-    static int Replace(const std::string& strFile, const std::string& strContent)
-    {
-        errno = 0;
-        return KorReplaceFile(strFile.c_str(), strContent) ? 0 : errno;
-    }
-    /// What the file is refused with; it and its directory must stay as they are.
-    int Refusal(const std::string& strFile)
-    {
-        const auto vecBefore = Names();
-        const int nError = Replace(strFile, "new");
-        EXPECT_EQ(vecBefore, Names());
-        return nError;
-    }
-    /// Names of all that lies in the directory.
-    std::vector<std::string> Names() const
-    {
-        std::vector<std::string> vecNames;
-        for (const auto& oEntry : std::filesystem::directory_iterator(m_oDir.Path()))
-            vecNames.push_back(oEntry.path().filename());
-        std::sort(vecNames.begin(), vecNames.end());
-        return vecNames;
-    }
-
-    ScratchDir m_oDir;
-    const std::string m_strFile = m_oDir.File("file");
-};
 
 TEST_F(KorWholeFile, ReadsEveryByte)
 {
@@ -169,98 +111,6 @@ TEST_F(KorWholeFile, RefusesNamesThatNoFileCanHave)
     EXPECT_EQ(ENAMETOOLONG, Refusal(m_oDir.File(std::string(256, 'n'))));
     WriteFile(m_strFile, "old");
     EXPECT_EQ(ENOTDIR, Refusal(m_oDir.File("file/file")));
-}
-
-TEST_F(KorWholeFile, KeepsTheModeWithEveryBit)
-{
-    const Umask oUmask(077);
-    for (const mode_t nMode : {0600U, 0666U, 0640U, 0755U, 06755U, 0200U}) {
-        WriteFile(m_strFile, "old");
-        ASSERT_EQ(0, chmod(m_strFile.c_str(), nMode));
-        EXPECT_EQ(0, Replace(m_strFile, "new"));
-        EXPECT_EQ(nMode, ModeOf(m_strFile));
-    }
-}
-
-TEST_F(KorWholeFile, KeepsTheOwner)
-{
-    WriteFile(m_strFile, "old");
-    // Where this process is no real root, its own files are all that it can have.
-    const bool bOther = chown(m_strFile.c_str(), 1234, 2345) == 0;
-    EXPECT_EQ(0, Replace(m_strFile, "new"));
-    struct stat oStat
-    {
-    };
-    ASSERT_EQ(0, stat(m_strFile.c_str(), &oStat));
-    EXPECT_EQ(bOther ? 1234U : getuid(), oStat.st_uid);
-    EXPECT_EQ(bOther ? 2345U : getgid(), oStat.st_gid);
-}
-
-TEST_F(KorWholeFile, RefusesAFileWhoseOwnerCannotBeKept)
-{
-    WriteFile(m_strFile, "old");
-    ASSERT_EQ(0, chmod(m_strFile.c_str(), 0666));
-    // Where this process is no real root, the call fails as it would for a file of someone else.
-    const bool bOther = chown(m_strFile.c_str(), 1234, 2345) == 0;
-    InChild([this, bOther] {
-        DropPrivileges();
-        const CallWatch oWatch([bOther](const std::string& strCall) {
-            return strCall == "fchown" && !bOther ? EPERM : 0;
-        });
-        EXPECT_EQ(EPERM, Refusal(m_strFile));
-    });
-    EXPECT_EQ("old", ReadFile(m_strFile));
-}
-
-TEST_F(KorWholeFile, KeepsExtendedAttributes)
-{
-    WriteFile(m_strFile, "old");
-    ASSERT_EQ(0, setxattr(m_strFile.c_str(), "user.one", "1\0", 2, 0));
-    ASSERT_EQ(0, setxattr(m_strFile.c_str(), "user.empty", "", 0, 0));
-    InChild([this] {
-        DropPrivileges();
-        EXPECT_EQ(0, Replace(m_strFile, "new"));
-    });
-    char acValue[8] = {};
-    EXPECT_EQ(2, getxattr(m_strFile.c_str(), "user.one", acValue, sizeof acValue));
-    EXPECT_STREQ("1", acValue);
-    EXPECT_EQ(0, getxattr(m_strFile.c_str(), "user.empty", acValue, sizeof acValue));
-}
-
-/// An access control list as the kernel stores it: the owner may write, one user may read.
-std::string AccessList()
-{
-    std::string strList = "\2\0\0\0"s;
-    for (const auto& [nTag, nRights, nId] : {std::array<uint32_t, 3>{1, 6, ~0U},
-                                             {2, 4, getuid()},
-                                             {4, 0, ~0U},
-                                             {16, 4, ~0U},
-                                             {32, 0, ~0U}}) {
-        for (const uint32_t nByte : {nTag, 0U, nRights, 0U, nId, nId >> 8, nId >> 16, nId >> 24})
-            strList += static_cast<char>(nByte);
-    }
-    return strList;
-}
-
-TEST_F(KorWholeFile, KeepsTheAccessListOfTheFileAndNotThatOfItsDirectory)
-{
-    const std::string strList = AccessList();
-    WriteFile(m_strFile, "old");
-    WriteFile(m_oDir.File("listed"), "old");
-    ASSERT_EQ(0, chmod(m_strFile.c_str(), 0640));
-    ASSERT_EQ(0, setxattr(m_oDir.Path().c_str(), "system.posix_acl_default", strList.data(),
-                          strList.size(), 0));
-    ASSERT_EQ(0, setxattr(m_oDir.File("listed").c_str(), "system.posix_acl_access", strList.data(),
-                          strList.size(), 0));
-    EXPECT_EQ(0, Replace(m_strFile, "new"));
-    EXPECT_EQ(0, Replace(m_oDir.File("listed"), "new"));
-    EXPECT_EQ(-1, getxattr(m_strFile.c_str(), "system.posix_acl_access", nullptr, 0));
-    EXPECT_EQ(ENODATA, errno);
-    std::string strKept(strList.size(), '\0');
-    EXPECT_EQ(static_cast<ssize_t>(strList.size()),
-              getxattr(m_oDir.File("listed").c_str(), "system.posix_acl_access", strKept.data(),
-                       strKept.size()));
-    EXPECT_EQ(strList, strKept);
 }
 
 TEST_F(KorWholeFile, ReplacesTheTargetOfALink)
