@@ -1,10 +1,10 @@
 #include "app/KorConApplication.h"
 
+#include "tests/app/ConDaemon.h"
 #include "tests/support/ChildProcess.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <memory>
 #include <signal.h>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -12,53 +12,6 @@
 
 namespace
 {
-
-void Print(const std::string& strText)
-{
-    const ssize_t nWritten = write(STDOUT_FILENO, strText.data(), strText.size());
-    if (nWritten != static_cast<ssize_t>(strText.size()))
-        _exit(99);
-}
-
-/// Prints what is called; Run() waits for a signal.
-class Daemon : public CKorConApplication
-{
-public:
-    Daemon() : CKorConApplication(nullptr, "daemon", nullptr) {}
-
-    void Run() override
-    {
-        Print("running ");
-        while (true)
-            pause();
-    }
-    int Finalize() override
-    {
-        Print("finalized ");
-        return CKorConApplication::Finalize();
-    }
-};
-
-int RunDaemon()
-{
-    Daemon oDaemon;
-    return oDaemon.Start(0, nullptr);
-}
-
-ChildResult EndDaemonWith(int nSignal)
-{
-    ChildProcess oChild(&RunDaemon);
-    EXPECT_TRUE(oChild.WaitForOutput("running "));
-    oChild.Signal(nSignal);
-    return oChild.Wait();
-}
-
-bool HasDefaultAction(int nSignal)
-{
-    struct sigaction oAction;
-    sigaction(nSignal, nullptr, &oAction);
-    return oAction.sa_handler == SIG_DFL;
-}
 
 TEST(KorConApplication, TerminationFinalizesOnceAndExitsWithZero)
 {
@@ -264,84 +217,6 @@ TEST(KorConApplication, AnUncaughtExceptionFinalizesByWayOfTheAbort)
     ChildProcess oChild([]() noexcept { return Throwing().Start(0, nullptr); });
     EXPECT_EQ(3, oChild.Wait().nExitStatus);
     EXPECT_EQ("finalized ", oChild.Wait().strOut);
-}
-
-TEST(KorConApplication, AnOverrideThatInstallsHandlersIsNotCalledByTheConstructor)
-{
-    class Installing : public Daemon
-    {
-    public:
-        ~Installing() override { CKorConApplication::RemoveSignalHandlers(); }
-        void InstallSignalHandlers() override { Print("installed "); }
-        void RemoveSignalHandlers() override { Print("removed "); }
-    };
-    ChildProcess oChild([] {
-        {
-            const Installing oDaemon;
-        }
-        return 42;
-    });
-    EXPECT_EQ(42, oChild.Wait().nExitStatus);
-    EXPECT_EQ("", oChild.Wait().strOut);
-}
-
-TEST(KorConApplication, ASignalFinalizesAPlainApplicationThatWasConstructedFirst)
-{
-    class Plain : public CKorBaseApplication
-    {
-    public:
-        Plain() : CKorBaseApplication(nullptr, "plain", nullptr) {}
-        void Run() override {}
-        int Finalize() override
-        {
-            Print("plain ");
-            return 1;
-        }
-    };
-    ChildProcess oChild([] {
-        Plain oPlain;
-        Daemon oDaemon;
-        raise(SIGTERM);
-        return 42;
-    });
-    EXPECT_EQ(0, oChild.Wait().nExitStatus);
-    EXPECT_EQ("plain ", oChild.Wait().strOut);
-}
-
-TEST(KorConApplication, SignalsHaveTheirDefaultActionsAfterItsEnd)
-{
-    auto pDaemon = std::make_unique<Daemon>();
-    for (const int nSignal : {SIGINT, SIGTERM, SIGABRT})
-        EXPECT_FALSE(HasDefaultAction(nSignal)) << nSignal;
-    pDaemon.reset();
-    for (const int nSignal : {SIGINT, SIGTERM, SIGABRT})
-        EXPECT_TRUE(HasDefaultAction(nSignal)) << nSignal;
-}
-
-TEST(KorConApplication, TheHandlerLetsSystemCallsGoOnAndKeepsTheOtherSignalsWaiting)
-{
-    const Daemon oDaemon;
-    for (const int nSignal : {SIGINT, SIGTERM, SIGABRT}) {
-        struct sigaction oAction;
-        ASSERT_EQ(0, sigaction(nSignal, nullptr, &oAction));
-        EXPECT_NE(0, oAction.sa_flags & SA_RESTART) << nSignal;
-        for (const int nOther : {SIGINT, SIGTERM, SIGABRT})
-            EXPECT_EQ(1, sigismember(&oAction.sa_mask, nOther)) << nSignal << ' ' << nOther;
-        EXPECT_EQ(0, sigismember(&oAction.sa_mask, SIGUSR1));
-    }
-}
-
-TEST(KorConApplication, ASignalAfterItsEndKillsTheProcess)
-{
-    ChildProcess oChild([] {
-        {
-            const Daemon oDaemon;
-        }
-        raise(SIGTERM);
-        return 42;
-    });
-    EXPECT_EQ(SIGTERM, oChild.Wait().nSignal);
-    EXPECT_EQ("", oChild.Wait().strOut);
 }
 
 TEST(KorConApplication, TheBaseStepsSucceed)
