@@ -3,7 +3,7 @@
 #include "config/KorIniNameListDetail.h"
 #include "config/KorIniTextDetail.h"
 
-#include <algorithm>
+#include <list>
 
 namespace
 {
@@ -63,7 +63,7 @@ private:
     size_t m_nCutEnd = 0; ///< the same when nothing is to be cut
     bool m_bBlankEnd = true;
     bool m_bInsertedAtEnd = false;
-    std::vector<SSplice> m_vecSplices;
+    std::list<SSplice> m_lstSplices;
 };
 
 std::string LineEndOf(std::string_view strText)
@@ -104,9 +104,9 @@ bool CEditor::Edit(std::string& rstrEdited)
         Visit(oLine);
     Cut(m_nCutBegin, m_nCutEnd);
     AddMissing();
-    if (!m_vecSplices.empty())
+    if (!m_lstSplices.empty())
         Join(rstrEdited);
-    return !m_vecSplices.empty();
+    return !m_lstSplices.empty();
 }
 
 void CEditor::Visit(const CKorIniText& oLine)
@@ -169,7 +169,7 @@ void CEditor::SetValue(const CKorIniText& oLine, const std::string& strValue)
 {
     const std::string_view strOld = oLine.Parts().m_strValue;
     if (strOld != strValue)
-        m_vecSplices.push_back({PlaceOfValue(oLine), strOld.size(), strValue});
+        m_lstSplices.push_back({PlaceOfValue(oLine), strOld.size(), strValue});
 }
 
 /// An empty value stands behind the "=" and a blank, unless a comment needs that.
@@ -199,9 +199,9 @@ void CEditor::Cut(size_t nBegin, size_t nEnd)
         return;
     if (nBegin == 0 && HasByteOrderMark(m_strText)) {
         nBegin = KOR_BYTE_ORDER_MARK.size();
-        m_vecSplices.push_back({nBegin, nEnd - nBegin, m_strLineEnd});
+        m_lstSplices.push_back({nBegin, nEnd - nBegin, m_strLineEnd});
     } else {
-        m_vecSplices.push_back({nBegin, nEnd - nBegin, {}});
+        m_lstSplices.push_back({nBegin, nEnd - nBegin, {}});
     }
 }
 
@@ -235,7 +235,7 @@ void CEditor::Insert(size_t nPlace, const std::string& strLines)
 {
     const bool bAtEnd = nPlace == m_strText.size();
     const bool bOpenLine = bAtEnd && nPlace != 0 && m_strText.back() != '\n' && !m_bInsertedAtEnd;
-    m_vecSplices.push_back({nPlace, 0, (bOpenLine ? EndOfLastLine() : "") + strLines});
+    m_lstSplices.push_back({nPlace, 0, (bOpenLine ? EndOfLastLine() : "") + strLines});
     m_bInsertedAtEnd |= bAtEnd;
     m_bBlankEnd &= !bAtEnd;
 }
@@ -250,14 +250,13 @@ std::string CEditor::EndOfLastLine() const
 
 void CEditor::Join(std::string& rstrEdited)
 {
-    std::stable_sort(m_vecSplices.begin(), m_vecSplices.end(),
-                     [](const SSplice& oLeft, const SSplice& oRight) {
-                         return oLeft.m_nBegin < oRight.m_nBegin;
-                     });
+    m_lstSplices.sort([](const SSplice& oLeft, const SSplice& oRight) {
+        return oLeft.m_nBegin < oRight.m_nBegin;
+    });
     rstrEdited.clear();
-    rstrEdited.reserve(m_strText.size() + m_vecSplices.front().m_strNew.size());
+    rstrEdited.reserve(m_strText.size() + m_lstSplices.front().m_strNew.size());
     size_t nDone = 0;
-    for (const SSplice& oSplice : m_vecSplices) {
+    for (const SSplice& oSplice : m_lstSplices) {
         rstrEdited.append(m_strText.substr(nDone, oSplice.m_nBegin - nDone));
         rstrEdited += oSplice.m_strNew;
         nDone = oSplice.m_nBegin + oSplice.m_nSize;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <stdlib.h>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -79,13 +80,15 @@ std::string StableName(const std::string& strRoot, const std::string& strDevice)
 {
     const std::string strTarget = RealName(strRoot + strDevice);
     for (const char* pszFolder : {"/dev/serial/by-id", "/dev/serial/by-path"}) {
-        std::vector<std::string> vecNames = EntriesOf(strRoot + pszFolder);
-        std::sort(vecNames.begin(), vecNames.end());
-        for (const std::string& strName : vecNames) {
-            std::string strLink = std::string(pszFolder) + "/" + strName;
-            if (!strTarget.empty() && RealName(strRoot + strLink) == strTarget)
-                return strLink;
+        std::string strFirst;
+        for (const std::string& strName : EntriesOf(strRoot + pszFolder)) {
+            const std::string strLink = std::string(pszFolder) + "/" + strName;
+            if (RealName(strRoot + strLink) == strTarget &&
+                (strFirst.empty() || strLink < strFirst))
+                strFirst = strLink;
         }
+        if (!strFirst.empty() && !strTarget.empty())
+            return strFirst;
     }
     return "";
 }
@@ -101,6 +104,16 @@ SKorSerialPort Describe(const std::string& strRoot, const std::string& strName,
     DescribeUsb(strDevice, RealName(strRoot + "/sys"), oPort);
     oPort.m_strStableName = StableName(strRoot, oPort.m_strDevice);
     return oPort;
+}
+
+void SortIn(std::vector<SKorSerialPort>& rvecPorts, SKorSerialPort oPort)
+{
+    rvecPorts.push_back(std::move(oPort));
+    for (std::size_t i = rvecPorts.size() - 1; i > 0; --i) {
+        if (!KorIsNameBefore(rvecPorts[i].m_strDevice, rvecPorts[i - 1].m_strDevice))
+            return;
+        std::swap(rvecPorts[i], rvecPorts[i - 1]);
+    }
 }
 
 std::size_t EndOfDigits(const std::string& strText, std::size_t nStart)
@@ -148,16 +161,12 @@ bool KorIsNameBefore(const std::string& strLeft, const std::string& strRight)
 void KorListSerialPortsBelow(const std::string& strRoot, std::vector<SKorSerialPort>& rvecPorts)
 {
     rvecPorts.clear();
-    const std::string strClass = strRoot + "/sys/class/tty/";
+    const std::string strClass = strRoot + "/sys/class/tty";
     for (const std::string& strName : EntriesOf(strClass)) {
-        const std::string strTerminal = strClass + strName;
-        const std::string strShown = RealName(strTerminal + "/device");
+        const std::string strShown = RealName(strClass + "/" + strName + "/device");
         // Consoles have no device; slots that a driver keeps for UARTs that are not there have
         // the type 0.
-        if (!strShown.empty() && LineOf(strTerminal + "/type") != "0")
-            rvecPorts.push_back(Describe(strRoot, strName, strShown));
+        if (!strShown.empty() && LineOf(strClass + "/" + strName + "/type") != "0")
+            SortIn(rvecPorts, Describe(strRoot, strName, strShown));
     }
-    std::sort(rvecPorts.begin(), rvecPorts.end(), [](const auto& oLeft, const auto& oRight) {
-        return KorIsNameBefore(oLeft.m_strDevice, oRight.m_strDevice);
-    });
 }
