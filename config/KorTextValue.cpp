@@ -2,21 +2,35 @@
 
 #include <algorithm>
 #include <charconv>
+#include <climits>
 #include <cmath>
 
 namespace
 {
 
-/// Reads the digits of a number of a base.
-bool ReadDigits(std::string_view strText, int nBase, unsigned long long& rnValue)
+/// The value of a digit; more than 35 for any other character.
+unsigned int ValueOf(char c)
 {
-    const char* const pcEnd = strText.data() + strText.size();
+    if (c >= '0' && c <= '9')
+        return static_cast<unsigned int>(c - '0');
+    const auto nLetter = static_cast<unsigned int>((c | 0x20) - 'a');
+    return nLetter < 26 ? 10 + nLetter : 36;
+}
+
+/// Reads the digits of a number of a base.
+bool ReadDigits(std::string_view strText, unsigned int nBase, unsigned long long& rnValue)
+{
+    const unsigned long long nMost = ULLONG_MAX / nBase;
     unsigned long long nValue = 0;
-    const std::from_chars_result oResult = std::from_chars(strText.data(), pcEnd, nValue, nBase);
-    if (oResult.ec != std::errc() || oResult.ptr != pcEnd)
-        return false;
-    rnValue = nValue;
-    return true;
+    for (const char c : strText) {
+        const unsigned int nDigit = ValueOf(c);
+        if (nDigit >= nBase || nValue > nMost || nValue * nBase > ULLONG_MAX - nDigit)
+            return false;
+        nValue = nValue * nBase + nDigit;
+    }
+    if (!strText.empty())
+        rnValue = nValue;
+    return !strText.empty();
 }
 
 bool EqualsAnyCase(std::string_view strText, std::string_view strLower)
