@@ -2,8 +2,6 @@
 
 #include "config/KorCmdLine.h"
 
-#include <algorithm>
-
 CKorCmdLineExchange::CKorCmdLineExchange(CKorCmdLine* pCmdLine)
     : m_pCmdLine(pCmdLine), m_bInitialized(false)
 {
@@ -50,7 +48,9 @@ bool CKorCmdLineExchange::GetOption(const std::string& strArgument, bool bHasVal
                                     std::string& strValue)
 {
     strValue = "0";
-    const auto itOption = std::find(m_vecArgs.begin(), m_vecArgs.end(), strArgument);
+    auto itOption = m_vecArgs.begin();
+    while (itOption != m_vecArgs.end() && *itOption != strArgument)
+        ++itOption;
     if (itOption == m_vecArgs.end())
         return false;
     if (!bHasValue) {

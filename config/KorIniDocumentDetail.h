@@ -6,7 +6,6 @@
 #include "config/KorIniIndexDetail.h"
 #include "config/KorIniNamesDetail.h"
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -136,11 +135,15 @@ template <class TLine>
 typename CKorIniDocument<TLine>::Lines::iterator
 CKorIniDocument<TLine>::Search(const SKorIniName& oName)
 {
-    return std::find_if(m_apLines.begin(), m_apLines.end(), [&](const TLine* pLine) {
+    const auto IsNamed = [&](const TLine* pLine) {
         return (oName.m_strOption.empty() ||
                 m_oRule.Equal(pLine->m_strOption, oName.m_strOption)) &&
                m_oRule.Equal(pLine->m_strSection, oName.m_strSection);
-    });
+    };
+    auto itLine = m_apLines.begin();
+    while (itLine != m_apLines.end() && !IsNamed(*itLine))
+        ++itLine;
+    return itLine;
 }
 
 template <class TLine>
@@ -293,9 +296,9 @@ const TLine* CKorIniDocument<TLine>::LastOfASection() const
 {
     if (m_oIndex.IsComplete())
         return m_pLastOfASection;
-    const auto itLine = std::find_if(m_apLines.rbegin(), m_apLines.rend(), [](const auto* pLine) {
-        return !pLine->m_strSection.empty();
-    });
+    auto itLine = m_apLines.rbegin();
+    while (itLine != m_apLines.rend() && (*itLine)->m_strSection.empty())
+        ++itLine;
     return itLine != m_apLines.rend() ? *itLine : nullptr;
 }
 

@@ -3,7 +3,6 @@
 #include "event/KorEventLoop.h"
 #include "event/KorEventTimersDetail.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
@@ -192,7 +191,10 @@ void CKorEventHandles::Unlink(int nTicket)
     *pnLink = m_oTickets[nTicket].m_nNext;
     if (At(nHandle).m_nFirst != 0 || !At(nHandle).m_bAlwaysReady)
         return;
-    m_vecAlwaysReady.erase(std::find(m_vecAlwaysReady.begin(), m_vecAlwaysReady.end(), nHandle));
+    auto it = m_vecAlwaysReady.begin();
+    while (*it != nHandle)
+        ++it;
+    m_vecAlwaysReady.erase(it);
 }
 
 // The open file may be known already: under this number, for a ticket that was dropped when the

@@ -41,9 +41,10 @@ private:
 
 void Remove(CReceptions& rvecReceptions, const CKorLineReception* pReception)
 {
-    rvecReceptions.erase(
-        std::find_if(rvecReceptions.begin(), rvecReceptions.end(),
-                     [pReception](const auto& p) { return p.get() == pReception; }));
+    auto it = rvecReceptions.begin();
+    while (it->get() != pReception)
+        ++it;
+    rvecReceptions.erase(it);
 }
 
 /// A thread that nobody waits for tidies up after itself.
@@ -66,8 +67,21 @@ void* RunThread(void* pArgument)
 
 bool IsReceptionsThread(const CKorLineState& oState)
 {
-    return std::any_of(oState.m_vecReceptions.begin(), oState.m_vecReceptions.end(),
-                       [](const auto& p) { return pthread_equal(p->m_nThread, pthread_self()); });
+    for (const auto& p : oState.m_vecReceptions) {
+        if (pthread_equal(p->m_nThread, pthread_self()) != 0)
+            return true;
+    }
+    return false;
+}
+
+/// The first that shall end; null without one.
+std::shared_ptr<CKorLineReception> EndedOf(const CReceptions& vecReceptions)
+{
+    for (const auto& p : vecReceptions) {
+        if (p->m_bEnded)
+            return p;
+    }
+    return nullptr;
 }
 
 } // namespace
@@ -146,11 +160,9 @@ void KorJoinLineReceptions(CKorLineState& oState)
     std::unique_lock<std::mutex> oLock(oState.m_oMutex);
     CReceptions& rvecAll = oState.m_vecReceptions;
     while (!IsReceptionsThread(oState)) {
-        const auto it =
-            std::find_if(rvecAll.begin(), rvecAll.end(), [](const auto& p) { return p->m_bEnded; });
-        if (it == rvecAll.end())
+        const std::shared_ptr<CKorLineReception> pReception = EndedOf(rvecAll);
+        if (pReception == nullptr)
             return;
-        const std::shared_ptr<CKorLineReception> pReception = *it;
         if (pReception->m_bJoined) {
             oState.m_oChanged.wait(oLock);
             continue;

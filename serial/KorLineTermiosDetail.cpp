@@ -28,10 +28,21 @@ constexpr SNamedSpeed NAMED_SPEEDS[] = {
 
 unsigned int SpeedOf(unsigned int nControl)
 {
-    const auto* const pSpeed =
-        std::find_if(std::begin(NAMED_SPEEDS), std::end(NAMED_SPEEDS),
-                     [nControl](const SNamedSpeed& o) { return o.m_nName == (nControl & CBAUD); });
-    return pSpeed != std::end(NAMED_SPEEDS) ? pSpeed->m_nSpeed : 0;
+    for (const SNamedSpeed& oSpeed : NAMED_SPEEDS) {
+        if (oSpeed.m_nName == (nControl & CBAUD))
+            return oSpeed.m_nSpeed;
+    }
+    return 0;
+}
+
+/// #BOTHER for a speed without a name.
+unsigned int NameOf(unsigned int nSpeed)
+{
+    for (const SNamedSpeed& oSpeed : NAMED_SPEEDS) {
+        if (oSpeed.m_nSpeed == nSpeed)
+            return oSpeed.m_nName;
+    }
+    return BOTHER;
 }
 
 template <typename TTermios>
@@ -104,11 +115,8 @@ bool KorSetLineSettings(int hLine, const SKorLineSettings& oSettings)
 
 void KorSetLineSpeed(SKorLineSettings& rSettings, unsigned int nSpeed)
 {
-    const auto* const pSpeed =
-        std::find_if(std::begin(NAMED_SPEEDS), std::end(NAMED_SPEEDS),
-                     [nSpeed](const SNamedSpeed& o) { return o.m_nSpeed == nSpeed; });
     // No speed of its own for the input: it follows the output.
     rSettings.m_nControl &= ~static_cast<unsigned int>(CBAUD | CIBAUD);
-    rSettings.m_nControl |= pSpeed != std::end(NAMED_SPEEDS) ? pSpeed->m_nName : BOTHER;
+    rSettings.m_nControl |= NameOf(nSpeed);
     rSettings.m_nInputSpeed = rSettings.m_nOutputSpeed = nSpeed;
 }

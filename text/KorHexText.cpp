@@ -34,7 +34,9 @@ bool IsWhiteSpace(char c)
 
 const char* SkipWhiteSpace(const char* pText, const char* pEnd)
 {
-    return std::find_if_not(pText, pEnd, IsWhiteSpace);
+    while (pText != pEnd && IsWhiteSpace(*pText))
+        ++pText;
+    return pText;
 }
 
 /// Skips what may stand between two pairs.
