@@ -1,5 +1,7 @@
 #include "app/KorLogSinkDetail.h"
 #include "app/KorOpenDetail.h"
+#include "config/KorTextValue.h"
+#include "text/KorStringDetail.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -77,7 +79,7 @@ private:
     }
     std::string Former(unsigned int nNumber) const
     {
-        return m_strName + "." + std::to_string(nNumber);
+        return KorConcat({m_strName, ".", KorWriteUnsigned(nNumber)});
     }
 
     std::string m_strName;

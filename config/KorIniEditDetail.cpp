@@ -2,6 +2,7 @@
 
 #include "config/KorIniNameListDetail.h"
 #include "config/KorIniTextDetail.h"
+#include "text/KorStringDetail.h"
 
 #include <list>
 
@@ -214,20 +215,22 @@ void CEditor::AddMissing()
     }
     for (const SSection& oSection : m_vecSections) {
         if (!oSection.m_strNew.empty())
-            Insert(m_strText.size(), (m_bBlankEnd ? "" : m_strLineEnd) + oSection.m_strNew);
+            Insert(m_strText.size(),
+                   KorConcat({m_bBlankEnd ? "" : m_strLineEnd, oSection.m_strNew}));
     }
 }
 
 void CEditor::AddOption(const SKorIniChange& oChange)
 {
-    const std::string strLine = oChange.m_strOption + "=" + oChange.m_strValue + m_strLineEnd;
+    const std::string strLine =
+        KorConcat({oChange.m_strOption, "=", oChange.m_strValue, m_strLineEnd});
     SSection& oSection = m_vecSections[m_oSections.Find({oChange.m_strSection, {}})];
     if (oSection.m_bOpened) {
         Insert(oSection.m_nNewOptions, strLine);
         return;
     }
     if (oSection.m_strNew.empty())
-        oSection.m_strNew = "[" + oChange.m_strSection + "]" + m_strLineEnd;
+        oSection.m_strNew = KorConcat({"[", oChange.m_strSection, "]", m_strLineEnd});
     oSection.m_strNew += strLine;
 }
 

@@ -3,6 +3,7 @@
 #include "config/KorIniReportDetail.h"
 #include "config/KorIniTextDetail.h"
 #include "config/KorIniWatchDetail.h"
+#include "config/KorTextValue.h"
 #include "fs/KorFileImageDetail.h"
 #include "text/KorStringDetail.h"
 
@@ -63,14 +64,15 @@ void CChecker::CheckHeader(const CKorIniText& oLine)
     const size_t nClose = strHead.find(']');
     if (nClose == std::string_view::npos)
         Report(SKorIniFinding::FINDING_SYNTAX, oLine,
-               "the header has no \"]\"; it is read as " + strLabel);
+               KorConcat({"the header has no \"]\"; it is read as ", strLabel}));
     else if (!KorRTrim(strHead.substr(nClose + 1)).empty())
         Report(SKorIniFinding::FINDING_SYNTAX, oLine,
-               "the text behind the \"]\" of " + strLabel + " has no effect");
+               KorConcat({"the text behind the \"]\" of ", strLabel, " has no effect"}));
     const unsigned int nFirst = FirstLine(oLine, {oLine.Section(), {}});
     if (nFirst != oLine.Number())
         Report(SKorIniFinding::FINDING_REPEATED_SECTION, oLine,
-               strLabel + " was opened in line " + std::to_string(nFirst) + " and goes on here");
+               KorConcat({strLabel, " was opened in line ", KorWriteUnsigned(nFirst),
+                          " and goes on here"}));
 }
 
 void CChecker::CheckOption(const CKorIniText& oLine)
@@ -80,18 +82,18 @@ void CChecker::CheckOption(const CKorIniText& oLine)
     const std::string strLabel = KorIniLabel(oName);
     if (oParts.m_strName.front() == ';')
         Report(SKorIniFinding::FINDING_SYNTAX, oLine,
-               "\";\" begins no comment; the line sets " + strLabel);
+               KorConcat({"\";\" begins no comment; the line sets ", strLabel}));
     const bool bOpenQuote = oParts.m_strValue.substr(0, 1) == "\"" &&
                             (oParts.m_strValue.size() == 1 || oParts.m_strValue.back() != '"');
     if (bOpenQuote && oParts.m_strComment.find('"') != std::string_view::npos)
         Report(SKorIniFinding::FINDING_HASH_IN_QUOTES, oLine,
-               "\"#\" begins a comment in quotes too; the value of " + strLabel +
-                   " ends before it");
+               KorConcat({"\"#\" begins a comment in quotes too; the value of ", strLabel,
+                          " ends before it"}));
     const unsigned int nFirst = FirstLine(oLine, oName);
     if (nFirst != oLine.Number())
         Report(SKorIniFinding::FINDING_DUPLICATE, oLine,
-               strLabel + " was set in line " + std::to_string(nFirst) +
-                   "; this line has no effect");
+               KorConcat({strLabel, " was set in line ", KorWriteUnsigned(nFirst),
+                          "; this line has no effect"}));
 }
 
 /// The first line of a name, this one for a new name.

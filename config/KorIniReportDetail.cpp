@@ -1,6 +1,7 @@
 #include "config/KorIniReportDetail.h"
 
 #include "config/KorIniTextDetail.h"
+#include "text/KorStringDetail.h"
 
 #include <algorithm>
 #include <system_error>
@@ -23,8 +24,8 @@ SKorIniFinding KorIniFailure(const char* pszDoing, int nError)
 {
     SKorIniFinding oFinding;
     oFinding.m_eKind = SKorIniFinding::FINDING_IO_ERROR;
-    oFinding.m_strText = std::string("the file cannot be ") + pszDoing + ": " +
-                         std::generic_category().message(nError);
+    oFinding.m_strText =
+        KorConcat({"the file cannot be ", pszDoing, ": ", std::generic_category().message(nError)});
     return oFinding;
 }
 
@@ -63,6 +64,6 @@ void KorIniAddUnknown(std::string_view strText, CKorIniNameRule oRule,
         oSeen.Add(oName);
         rvecFindings.push_back({SKorIniFinding::FINDING_UNKNOWN_OPTION, oLine.Number(),
                                 std::string(oName.m_strSection), std::string(oName.m_strOption),
-                                KorIniLabel(oName) + " is no option of this program"});
+                                KorConcat({KorIniLabel(oName), " is no option of this program"})});
     }
 }

@@ -229,7 +229,7 @@ bool CKorSafeIniFile::Check(const SKorFileImage& oRead, const SKorIniChange& oCh
     m_nLastError = EINVAL;
     m_vecFindings.push_back({SKorIniFinding::FINDING_NOT_STORABLE, 0, oChange.m_strSection,
                              oChange.m_strOption,
-                             KorIniLabel(oName) + " cannot be stored: " + pszWhy});
+                             KorConcat({KorIniLabel(oName), " cannot be stored: ", pszWhy})});
     return false;
 }
 

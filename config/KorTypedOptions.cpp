@@ -73,7 +73,7 @@ bool CKorTypedOption::Store(const std::string& strText)
         const std::string strLabel = KorIniLabel({m_strSection, m_strOption});
         KorReportIniFinding(m_pExchange,
                             {SKorIniFinding::FINDING_NOT_STORABLE, 0, m_strSection, m_strOption,
-                             strLabel + " cannot be stored: " + pszWhyNot});
+                             KorConcat({strLabel, " cannot be stored: ", pszWhyNot})});
         return false;
     }
     m_pExchange->SetOptionString(m_strSection.c_str(), m_strOption.c_str(), strStored.c_str());
@@ -83,22 +83,23 @@ bool CKorTypedOption::Store(const std::string& strText)
 bool CKorTypedOption::RefuseStored(const SKorRefusal& oRefusal, const std::string& strDefault) const
 {
     const std::string strUsed = strDefault.empty() ? "the default" : strDefault;
-    KorReportIniFinding(m_pExchange,
-                        {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
-                                           : SKorIniFinding::FINDING_BAD_VALUE,
-                         0, m_strSection, m_strOption,
-                         Printable(KorIniLabel({m_strSection, m_strOption}) + "=" + m_strText +
-                                   " " + oRefusal.m_strWhy + "; " + strUsed + " is used")});
+    KorReportIniFinding(
+        m_pExchange, {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
+                                        : SKorIniFinding::FINDING_BAD_VALUE,
+                      0, m_strSection, m_strOption,
+                      Printable(KorConcat({KorIniLabel({m_strSection, m_strOption}), "=", m_strText,
+                                           " ", oRefusal.m_strWhy, "; ", strUsed, " is used"}))});
     return false;
 }
 
 bool CKorTypedOption::RefuseNew(const SKorRefusal& oRefusal) const
 {
-    KorReportIniFinding(m_pExchange, {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
-                                                        : SKorIniFinding::FINDING_NOT_STORABLE,
-                                      0, m_strSection, m_strOption,
-                                      Printable(KorIniLabel({m_strSection, m_strOption}) +
-                                                " is not stored: the value " + oRefusal.m_strWhy)});
+    KorReportIniFinding(m_pExchange,
+                        {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
+                                           : SKorIniFinding::FINDING_NOT_STORABLE,
+                         0, m_strSection, m_strOption,
+                         Printable(KorConcat({KorIniLabel({m_strSection, m_strOption}),
+                                              " is not stored: the value ", oRefusal.m_strWhy}))});
     return false;
 }
 

@@ -1,5 +1,7 @@
 #include "serial/KorSerialPortsDetail.h"
 
+#include "text/KorStringDetail.h"
+
 #include <algorithm>
 #include <climits>
 #include <dirent.h>
@@ -26,11 +28,11 @@ std::vector<std::string> EntriesOf(const std::string& strFolder)
     return vecNames;
 }
 
-/// The name with all links followed; empty when it is not there.
-std::string RealName(const std::string& strName)
+/// A name below a folder with all links followed; empty when it is not there.
+std::string RealName(const std::string& strFolder, std::string_view strName)
 {
     char acName[PATH_MAX];
-    return realpath(strName.c_str(), acName) != nullptr ? acName : "";
+    return realpath(KorConcat({strFolder, strName}).c_str(), acName) != nullptr ? acName : "";
 }
 
 std::string LastPart(const std::string& strName)
@@ -43,10 +45,10 @@ std::string Parent(const std::string& strName)
     return strName.substr(0, std::min(strName.rfind('/'), strName.size()));
 }
 
-/// The first line of a file; empty when it cannot be read.
-std::string LineOf(const std::string& strFile)
+/// The first line of a file in a folder; empty when it cannot be read.
+std::string LineOf(const std::string& strFolder, std::string_view strName)
 {
-    const int hFile = open(strFile.c_str(), O_RDONLY | O_CLOEXEC);
+    const int hFile = open(KorConcat({strFolder, strName}).c_str(), O_RDONLY | O_CLOEXEC);
     if (hFile == -1)
         return "";
     char acText[256];
@@ -59,7 +61,7 @@ std::string LineOf(const std::string& strFile)
 /// The device itself: newer kernels show UARTs below two devices of their serial core.
 std::string SkipSerialCore(std::string strDevice)
 {
-    while (LastPart(RealName(strDevice + "/subsystem")) == "serial-base")
+    while (LastPart(RealName(strDevice, "/subsystem")) == "serial-base")
         strDevice = Parent(strDevice);
     return strDevice;
 }
@@ -67,24 +69,24 @@ std::string SkipSerialCore(std::string strDevice)
 /// Fills in what the USB device says that a port belongs to, if it belongs to one.
 void DescribeUsb(std::string strDevice, const std::string& strEnd, SKorSerialPort& rPort)
 {
-    while (strDevice.size() > strEnd.size() && access((strDevice + "/idVendor").c_str(), F_OK) != 0)
+    while (strDevice.size() > strEnd.size() &&
+           access(KorConcat({strDevice, "/idVendor"}).c_str(), F_OK) != 0)
         strDevice = Parent(strDevice);
     if (strDevice.size() <= strEnd.size())
         return;
-    rPort.m_strVendor = LineOf(strDevice + "/manufacturer");
-    rPort.m_strProduct = LineOf(strDevice + "/product");
-    rPort.m_strSerialNumber = LineOf(strDevice + "/serial");
+    rPort.m_strVendor = LineOf(strDevice, "/manufacturer");
+    rPort.m_strProduct = LineOf(strDevice, "/product");
+    rPort.m_strSerialNumber = LineOf(strDevice, "/serial");
 }
 
 std::string StableName(const std::string& strRoot, const std::string& strDevice)
 {
-    const std::string strTarget = RealName(strRoot + strDevice);
+    const std::string strTarget = RealName(strRoot, strDevice);
     for (const char* pszFolder : {"/dev/serial/by-id", "/dev/serial/by-path"}) {
         std::string strFirst;
-        for (const std::string& strName : EntriesOf(strRoot + pszFolder)) {
-            const std::string strLink = std::string(pszFolder) + "/" + strName;
-            if (RealName(strRoot + strLink) == strTarget &&
-                (strFirst.empty() || strLink < strFirst))
+        for (const std::string& strName : EntriesOf(KorConcat({strRoot, pszFolder}))) {
+            const std::string strLink = KorConcat({pszFolder, "/", strName});
+            if (RealName(strRoot, strLink) == strTarget && (strFirst.empty() || strLink < strFirst))
                 strFirst = strLink;
         }
         if (!strFirst.empty() && !strTarget.empty())
@@ -97,11 +99,11 @@ SKorSerialPort Describe(const std::string& strRoot, const std::string& strName,
                         const std::string& strShown)
 {
     SKorSerialPort oPort;
-    oPort.m_strDevice = "/dev/" + strName;
+    oPort.m_strDevice = KorConcat({"/dev/", strName});
     std::replace(oPort.m_strDevice.begin(), oPort.m_strDevice.end(), '!', '/');
     const std::string strDevice = SkipSerialCore(strShown);
-    oPort.m_strDriver = LastPart(RealName(strDevice + "/driver"));
-    DescribeUsb(strDevice, RealName(strRoot + "/sys"), oPort);
+    oPort.m_strDriver = LastPart(RealName(strDevice, "/driver"));
+    DescribeUsb(strDevice, RealName(strRoot, "/sys"), oPort);
     oPort.m_strStableName = StableName(strRoot, oPort.m_strDevice);
     return oPort;
 }
@@ -161,12 +163,13 @@ bool KorIsNameBefore(const std::string& strLeft, const std::string& strRight)
 void KorListSerialPortsBelow(const std::string& strRoot, std::vector<SKorSerialPort>& rvecPorts)
 {
     rvecPorts.clear();
-    const std::string strClass = strRoot + "/sys/class/tty";
+    const std::string strClass = KorConcat({strRoot, "/sys/class/tty/"});
     for (const std::string& strName : EntriesOf(strClass)) {
-        const std::string strShown = RealName(strClass + "/" + strName + "/device");
+        const std::string strEntry = KorConcat({strClass, strName});
+        const std::string strShown = RealName(strEntry, "/device");
         // Consoles have no device; slots that a driver keeps for UARTs that are not there have
         // the type 0.
-        if (!strShown.empty() && LineOf(strClass + "/" + strName + "/type") != "0")
+        if (!strShown.empty() && LineOf(strEntry, "/type") != "0")
             SortIn(rvecPorts, Describe(strRoot, strName, strShown));
     }
 }

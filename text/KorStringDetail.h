@@ -2,6 +2,8 @@
 
 // Byte strings with a length, so that a NUL byte is a byte like any other. Not installed.
 
+#include <initializer_list>
+#include <string>
 #include <string_view>
 
 /// What `isspace` reports in the "C" locale.
@@ -12,6 +14,9 @@ inline std::string_view KorText(const char* pszText)
 {
     return pszText != nullptr ? std::string_view(pszText) : std::string_view();
 }
+
+/// The parts one behind the other. A chain of "+" would take three times the code.
+std::string KorConcat(std::initializer_list<std::string_view> lstParts);
 
 /// As KOR_WHITE_SPACE.
 constexpr bool KorIsWhiteSpace(char c)
