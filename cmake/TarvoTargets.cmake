@@ -9,8 +9,6 @@ set(tarvo_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/tarvo-ext)
 
 include(CheckCXXCompilerFlag)
 check_cxx_compiler_flag(-fno-semantic-interposition TARVO_HAS_NO_SEMANTIC_INTERPOSITION)
-include(CheckIPOSupported)
-check_ipo_supported(RESULT TARVO_HAS_LTO OUTPUT TARVO_NO_LTO_REASON LANGUAGES CXX)
 
 # tarvo_configure_library(<target> <export-name> <file-name>)
 # Names the library exactly <file-name>.so or .a and hides what is not marked as exported. A shared
@@ -31,8 +29,6 @@ function(tarvo_configure_library target export_name file_name)
     $<$<BOOL:${TARVO_HAS_NO_SEMANTIC_INTERPOSITION}>:-fno-semantic-interposition>)
   target_link_libraries(${target} PRIVATE Threads::Threads)
   if(BUILD_SHARED_LIBS)
-    # Optimised as one piece it is a tenth smaller; an archive would need the same compiler again.
-    set_property(TARGET ${target} PROPERTY INTERPROCEDURAL_OPTIMIZATION_MINSIZEREL ${TARVO_HAS_LTO})
     target_link_options(${target} PRIVATE -Wl,--no-undefined -Wl,--as-needed -Wl,--gc-sections
       -Wl,-Bsymbolic-functions -Wl,--version-script=${tarvo_exports})
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${tarvo_exports})

@@ -1,5 +1,5 @@
-#include "tests/fs/FileTest.h"
 #include "fs/KorProcess.h"
+#include "tests/fs/FileTest.h"
 
 #include <cerrno>
 #include <filesystem>
