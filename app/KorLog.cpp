@@ -131,3 +131,11 @@ CKorLog& KorGetLog()
     static CKorLog* const pLog = new (acStorage) CKorLog;
     return *pLog;
 }
+
+namespace
+{
+
+// Made before there are threads: a copy forked while another thread makes it would wait for ever.
+[[maybe_unused]] const CKorLog& oMadeEarly = KorGetLog();
+
+} // namespace

@@ -3,9 +3,12 @@
 
 #include "time/KorZoneSourceDetail.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <ctime>
+#include <memory>
 #include <mutex>
+#include <pthread.h>
 #include <sys/stat.h>
 
 namespace
@@ -106,11 +109,21 @@ private:
     KorZonePointer m_pZone;
 };
 
+std::atomic<CProcessZone*> s_pZone{nullptr};
+
+// A forked copy begins anew: another thread may have been at work in the zone it has a copy of.
+const int s_nRegistered = pthread_atfork(nullptr, nullptr, [] { s_pZone = nullptr; });
+
 } // namespace
 
+// Never destroyed: other objects' destructors may still ask.
 EKorZoneSearch KorProcessZone(KorZonePointer& rpZone)
 {
-    // Never destroyed: other objects' destructors may still ask.
-    static CProcessZone& roZone = *new CProcessZone;
-    return roZone.Get(rpZone);
+    CProcessZone* pZone = s_pZone;
+    if (pZone == nullptr) {
+        auto pNew = std::make_unique<CProcessZone>();
+        if (s_pZone.compare_exchange_strong(pZone, pNew.get()))
+            pZone = pNew.release();
+    }
+    return pZone->Get(rpZone);
 }
