@@ -2,7 +2,7 @@
 # The symbols that the two libraries export, by their C++ names.
 # usage: scripts/exports.sh [--check | --update] [BUILD-FOLDER]
 #   (no option)  prints the list
-#   --check      compares it with docs/exports.txt
+#   --check      compares it with tests/exports.txt
 #   --update     writes it there
 # BUILD-FOLDER holds a build of either width; the default is build/release.
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -36,10 +36,10 @@ for library in "${libraries[@]}"; do
 done
 case $mode in
   '') list ;;
-  --update) list >docs/exports.txt ;;
+  --update) list >tests/exports.txt ;;
   --check)
-    list | diff --unified=0 --label docs/exports.txt --label "$folder" docs/exports.txt - ||
-      fail "$folder exports other symbols than docs/exports.txt lists"
+    list | diff --unified=0 --label tests/exports.txt --label "$folder" tests/exports.txt - ||
+      fail "$folder exports other symbols than tests/exports.txt lists"
     ;;
   *) fail "unknown option $mode" ;;
 esac
