@@ -12,6 +12,9 @@
 
 #include <string>
 
+/// @addtogroup daemons
+/// @{
+
 class CKorCmdLineApplExchange;
 
 /// A program: derive, override Run() and what else is needed, construct one object and return
@@ -143,3 +146,5 @@ public:
 protected:
     CKorBaseApplication* m_pAppl; ///< the application, not owned; may be null
 };
+
+/// @}

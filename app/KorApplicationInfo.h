@@ -7,6 +7,9 @@
 
 #include <string>
 
+/// @addtogroup daemons
+/// @{
+
 /// Name, description, vendor, contact, copyright and version of a program, and the banner lines
 /// made of them.
 ///
@@ -96,3 +99,5 @@ protected:
 
     static CKorApplicationInfo m_oLibTarvoInfo; ///< the library's own record
 };
+
+/// @}

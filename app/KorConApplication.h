@@ -6,6 +6,9 @@
 #include "KorExport.h"
 #include "app/KorApplication.h"
 
+/// @addtogroup daemons
+/// @{
+
 /// An application that ends cleanly on a signal.
 ///
 /// | Signal    | Exit status |
@@ -66,3 +69,5 @@ protected:
 private:
     TARVO_EXT_LOCAL static bool FinalizeOnce(CKorBaseApplication& oApplication);
 };
+
+/// @}

@@ -12,6 +12,9 @@
 #include <atomic>
 #include <cstdint>
 
+/// @addtogroup daemons
+/// @{
+
 /// A daemon: an event loop, an orderly end on a signal, reload, exit status, and what the service
 /// manager wants to know. Take it for every new daemon; CKorConApplication, whose Finalize() runs
 /// in the signal handler, is for programs that are there.
@@ -140,3 +143,5 @@ private:
 
     static std::atomic<CKorDaemonApplication*> m_pDaemon; // whose signals are handled
 };
+
+/// @}

@@ -7,6 +7,9 @@
 
 #include <signal.h>
 
+/// @addtogroup daemons
+/// @{
+
 /// The signal actions and the signal mask before a CKorDaemonApplication. A part of that class, and
 /// of no other use: as its first base class it comes before the constructor of the other one, which
 /// changes the actions, and goes after its destructor, which does not know the former ones.
@@ -39,3 +42,5 @@ private:
     struct sigaction m_aoActions[sizeof SIGNALS / sizeof SIGNALS[0]];
     sigset_t m_oMask;
 };
+
+/// @}

@@ -9,6 +9,9 @@
 #include <memory>
 #include <string>
 
+/// @addtogroup log
+/// @{
+
 class CKorLogSink;
 
 /// Writes lines for people: to standard error, to a file that is kept small, or to syslog. New
@@ -117,3 +120,5 @@ private:
 /// The process's log. It exists from the first call on and is never destroyed: exit handlers and
 /// destructors of static objects may write to it.
 TARVO_EXT_API CKorLog& KorGetLog();
+
+/// @}

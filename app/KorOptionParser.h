@@ -20,6 +20,9 @@
 #include <utility>
 #include <vector>
 
+/// @addtogroup commandline
+/// @{
+
 /// Reads flags, options with a value and arguments into variables.
 ///
 /// Understood are `-v`, `-vq`, `-vv`, `-c FILE`, `-cFILE`, `--config FILE` and `--config=FILE`, also
@@ -182,3 +185,5 @@ private:
     EResult m_eResult;
     std::string m_strText;
 };
+
+/// @}

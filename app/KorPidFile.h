@@ -7,6 +7,9 @@
 
 #include <string>
 
+/// @addtogroup daemons
+/// @{
+
 /// A PID file that one process at a time can hold.
 ///
 ///     CKorPidFile oPidFile;
@@ -74,3 +77,5 @@ private:
 
     CKorPidFile* m_pNext; // of the files that this process holds
 };
+
+/// @}

@@ -23,6 +23,9 @@
 
 #include <string>
 
+/// @addtogroup daemons
+/// @{
+
 /// Tells that the start is over, or that a reload is.
 TARVO_EXT_API bool KorNotifyReady();
 
@@ -46,3 +49,5 @@ TARVO_EXT_API bool KorNotifyAlive();
 /// @return the interval in ms, at least 1; 0 when the manager does not want to hear it:
 ///         `WATCHDOG_USEC` is missing, 0 or no number, or `WATCHDOG_PID` names another process
 TARVO_EXT_API unsigned int KorGetAliveInterval();
+
+/// @}

@@ -9,6 +9,9 @@
 #include <atomic>
 #include <pthread.h>
 
+/// @addtogroup threads
+/// @{
+
 /// A lock that one thread holds at a time.
 ///
 /// Not recursive: a thread that locks it again waits like any other. Every operation may be
@@ -41,3 +44,5 @@ private:
     pthread_cond_t m_oFreed;
     std::atomic<int> m_nState;
 };
+
+/// @}

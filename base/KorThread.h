@@ -8,6 +8,9 @@
 #include <atomic>
 #include <pthread.h>
 
+/// @addtogroup threads
+/// @{
+
 /// A thread that runs the virtual Run() of its object.
 ///
 /// Derive, override Run() and let it return soon after IsTerminationRequested() became true.
@@ -78,3 +81,5 @@ private:
     bool m_bCreated;
     pthread_t m_oThread;
 };
+
+/// @}

@@ -8,6 +8,9 @@
 ///     std::string m_strState KOR_GUARDED_BY(m_oMutex); // only while m_oMutex is held
 ///     void Append(char c) KOR_REQUIRES(m_oMutex);      // the caller holds it
 
+/// @addtogroup threads
+/// @{
+
 /// One attribute of clang, nothing for other compilers.
 #ifdef __clang__
 #define KOR_THREAD_SAFETY(attribute) __attribute__((attribute))
@@ -31,3 +34,5 @@
 #define KOR_RELEASE(...) KOR_THREAD_SAFETY(release_capability(__VA_ARGS__))
 /// Marks a function whose locking cannot be followed.
 #define KOR_NO_THREAD_SAFETY_ANALYSIS KOR_THREAD_SAFETY(no_thread_safety_analysis)
+
+/// @}

@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+/// @addtogroup commandline
+/// @{
+
 class CKorCmdLineExchange;
 
 /// The arguments of a program.
@@ -62,3 +65,5 @@ protected:
     /// The exchange works on a copy of the arguments.
     friend class CKorCmdLineExchange;
 };
+
+/// @}

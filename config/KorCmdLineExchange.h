@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+/// @addtogroup commandline
+/// @{
+
 class CKorCmdLine;
 
 /// One reading of the options of a command line.
@@ -95,3 +98,5 @@ private:
                                    std::string& strValue);
     TARVO_EXT_LOCAL bool GetPositional(std::string& strValue);
 };
+
+/// @}

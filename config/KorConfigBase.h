@@ -11,6 +11,9 @@
 
 #include "KorExport.h"
 
+/// @addtogroup settings
+/// @{
+
 class CKorConfigExchange;
 
 /// A source of options.
@@ -54,3 +57,5 @@ protected:
     bool m_bModified;  ///< a value in the exchange's copy of the source was changed
     bool m_bWriteBack; ///< changed values go back to the source when the exchange ends
 };
+
+/// @}

@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+/// @addtogroup settings
+/// @{
+
 class CKorIniOptionExchange;
 
 /// The options of a program in an INI file.
@@ -121,3 +124,5 @@ protected:
     std::string m_strIniFileName; ///< name of the file, resolved
     bool m_bCaseSensitiv;         ///< names compare byte for byte
 };
+
+/// @}

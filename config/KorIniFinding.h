@@ -17,6 +17,9 @@
 #include <string>
 #include <vector>
 
+/// @addtogroup settings
+/// @{
+
 class CKorIniOptionExchange;
 
 /// One remark about an INI file or about an operation on it.
@@ -60,3 +63,5 @@ TARVO_EXT_API bool KorCheckIniFile(const char* pszName, bool bCaseSensitiv,
 /// @return false, without effect, for an exchange that no CKorSafeIniFile runs
 TARVO_EXT_API bool KorReportIniFinding(CKorIniOptionExchange* pExchange,
                                        const SKorIniFinding& oFinding);
+
+/// @}

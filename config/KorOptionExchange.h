@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+/// @addtogroup settings
+/// @{
+
 class CKorIniFile;
 class CKorIniWatch;
 
@@ -199,3 +202,5 @@ TARVO_EXT_API void IOX_Std<std::string>(CKorIniOptionExchange* pExchange, const 
 template <>
 TARVO_EXT_API void IOX_Std<char*>(CKorIniOptionExchange* pExchange, const char* pszSection,
                                   const char* pszOption, char*& pszValue, char* const& pszDefault);
+
+/// @}

@@ -29,6 +29,9 @@
 #include <string>
 #include <vector>
 
+/// @addtogroup settings
+/// @{
+
 class CKorLockedFile;
 struct SKorFileImage;
 struct SKorIniChange;
@@ -170,3 +173,5 @@ private:
     TARVO_EXT_LOCAL bool Replace(CKorLockedFile& roFile, const SKorFileImage& oNow,
                                  const std::string& strEdited);
 };
+
+/// @}

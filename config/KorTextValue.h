@@ -29,6 +29,9 @@
 #include <utility>
 #include <vector>
 
+/// @addtogroup settings
+/// @{
+
 /// Whether a type is one of the integers that are read and written as numbers: all but `bool` and
 /// the types of characters. `signed char` and `unsigned char` are numbers, `char` is a character.
 template <typename T>
@@ -171,5 +174,7 @@ std::string KorWriteText(const std::vector<T>& vecValue)
         vecItems.push_back(KorWriteText(value));
     return KorJoinList(vecItems);
 }
+
+/// @}
 
 /// @}

@@ -35,6 +35,9 @@
 #include <utility>
 #include <vector>
 
+/// @addtogroup settings
+/// @{
+
 /// Why a value is not taken.
 struct SKorRefusal
 {
@@ -261,3 +264,5 @@ bool IOX_Enum(CKorIniOptionExchange* pExchange, const char* pszSection, const ch
         reValue = nName < aoNames.size() ? aoNames.begin()[nName].second : eDefault;
     return bDone;
 }
+
+/// @}

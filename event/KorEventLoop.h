@@ -8,6 +8,9 @@
 #include <functional>
 #include <memory>
 
+/// @addtogroup events
+/// @{
+
 class CKorEventCore;
 
 /// Waits for everything that a program waits for, on one thread, and calls a handler for each
@@ -136,3 +139,5 @@ public:
 private:
     std::unique_ptr<CKorEventCore> m_pCore;
 };
+
+/// @}

@@ -20,6 +20,9 @@
 #include <sys/types.h>
 #include <vector>
 
+/// @addtogroup programs
+/// @{
+
 struct SKorChildState;
 
 /// How CKorChild::Start() starts a program.
@@ -175,3 +178,5 @@ TARVO_EXT_API bool KorRunProgram(const std::vector<std::string>& vecArguments,
 TARVO_EXT_API bool KorRunProgram(const std::vector<std::string>& vecArguments,
                                  const std::string& strInput, std::string& rstrOutput,
                                  int& rnExitStatus, unsigned int nTimeout);
+
+/// @}

@@ -7,6 +7,9 @@
 
 #include <string>
 
+/// @addtogroup files
+/// @{
+
 class CKorFileStatus;
 
 /// An open file, and helpers for whole files.
@@ -161,3 +164,5 @@ protected:
     /// GetPosition() and GetLength() record failures too.
     mutable int m_nLastError;
 };
+
+/// @}

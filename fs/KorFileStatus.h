@@ -8,6 +8,9 @@
 
 #include <string>
 
+/// @addtogroup files
+/// @{
+
 /// The record that CKorFile::GetStatus() fills. Its members are there to be read.
 ///
 /// The times are stamps rather than dates: each is 1970-01-01 moved by 10 us, not by a second,
@@ -33,3 +36,5 @@ public:
     long long m_nSize;         ///< Size in bytes.
     unsigned int m_nAttribute; ///< Type and permission bits, as `st_mode` of `stat`.
 };
+
+/// @}

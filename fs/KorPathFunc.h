@@ -10,6 +10,9 @@
 
 #include <string>
 
+/// @addtogroup files
+/// @{
+
 /// Cuts a path into drive, directory, title and extension, which put together again give the
 /// path, character for character.
 ///
@@ -69,3 +72,5 @@ TARVO_EXT_API bool IsSeparator(char c);
 ///                 root directory
 /// @throws std::logic_error "basic_string::_S_construct NULL not valid" for a null @p pszPath
 TARVO_EXT_API std::string MakePathAbsolute(const char* pszPath, const char* pszBase);
+
+/// @}

@@ -7,6 +7,9 @@
 
 #include <string>
 
+/// @addtogroup programs
+/// @{
+
 /// Tells a daemon about its process and starts other programs.
 ///
 /// The static operations keep no state and may run on any number of threads.
@@ -51,3 +54,5 @@ protected:
     int m_nHandle;       ///< -1: none. Only Refresh() sets it.
     std::string m_sName; ///< Empty; for derived classes.
 };
+
+/// @}

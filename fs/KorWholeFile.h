@@ -19,6 +19,9 @@
 
 #include <string>
 
+/// @addtogroup files
+/// @{
+
 /// Reads a regular file from its start to its end. It never waits for another process.
 /// @param pszName     the file; links are followed
 /// @param rstrContent receives its bytes; unchanged on failure
@@ -60,3 +63,5 @@ TARVO_EXT_API bool KorReadFile(const char* pszName, std::string& rstrContent);
 ///         After a false that comes from syncing the directory the file has its new content
 ///         already, but might lose it in a power loss.
 TARVO_EXT_API bool KorReplaceFile(const char* pszName, const std::string& strContent);
+
+/// @}

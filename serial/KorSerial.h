@@ -11,6 +11,9 @@
 #include <string>
 #include <termios.h>
 
+/// @addtogroup serialline
+/// @{
+
 /// A serial port.
 ///
 /// open() opens and configures the device and starts a thread that reads what the device holds.
@@ -313,3 +316,5 @@ protected:
     int m_hPort;                      ///< Descriptor of the open device, -1 when closed.
     struct termios m_oTermios;        ///< Working copy of the line settings.
 };
+
+/// @}

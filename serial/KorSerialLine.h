@@ -11,6 +11,9 @@
 #include <memory>
 #include <string>
 
+/// @addtogroup serialline
+/// @{
+
 class CKorLineState;
 
 /// How the driver switches the transmitter of a two-wire line (RS-485).
@@ -292,3 +295,5 @@ protected:
 
     std::shared_ptr<CKorLineState> m_pState; ///< Everything; the reception's thread shares it.
 };
+
+/// @}

@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+/// @addtogroup serialline
+/// @{
+
 /// A serial port with hardware behind it. What is not known is empty.
 struct SKorSerialPort
 {
@@ -32,3 +35,5 @@ struct SKorSerialPort
 /// May run on any number of threads. An adapter that comes or goes meanwhile may be missing.
 /// @param[out] rvecPorts  replaced by the ports; empty where the machine tells of none
 TARVO_EXT_API void KorListSerialPorts(std::vector<SKorSerialPort>& rvecPorts);
+
+/// @}

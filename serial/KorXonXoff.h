@@ -5,6 +5,9 @@
 
 #include "KorExport.h"
 
+/// @addtogroup serialline
+/// @{
+
 /// The XON/XOFF settings that CKorSerial::open takes.
 ///
 /// The port uses the two characters only. Whether flow control is wanted and the two limits are
@@ -55,3 +58,5 @@ protected:
     char m_cXonChar;             ///< The XON character.
     char m_cXoffChar;            ///< The XOFF character.
 };
+
+/// @}

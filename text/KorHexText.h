@@ -18,6 +18,9 @@
 
 #include <string>
 
+/// @addtogroup texts
+/// @{
+
 /// The bytes as pairs of upper-case digits: "01 03 6B".
 /// @param pData       the bytes; null counts as none
 /// @param nLength     how many
@@ -51,3 +54,5 @@ TARVO_EXT_API bool KorFromHexText(const std::string& strHex, std::string& rstrDa
 /// @return the text; empty for no bytes
 TARVO_EXT_API std::string KorToHexDump(const char* pData, unsigned int nLength,
                                        unsigned int nPerLine = 16);
+
+/// @}

@@ -10,6 +10,9 @@
 
 #include <string>
 
+/// @addtogroup texts
+/// @{
+
 /// One line of a dump: offset, sixteen bytes in two halves, and the bytes as characters. It has
 /// no line end.
 ///
@@ -42,3 +45,5 @@ TARVO_EXT_API std::string KorMemDumpLine(const char* data, unsigned int length,
 /// @return the text; empty for a null @p data
 TARVO_EXT_API std::string KorMemDump(const char* data, unsigned int length, unsigned int headLines,
                                      unsigned int tailLines);
+
+/// @}

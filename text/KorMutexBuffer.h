@@ -9,6 +9,9 @@
 
 #include <string>
 
+/// @addtogroup threads
+/// @{
+
 /// A character buffer with a mutex of its own.
 ///
 /// It holds any byte value, zero included, and grows as long as memory lasts; nothing is ever
@@ -61,3 +64,5 @@ protected:
                                                     ///< arrival.
     CKorMutex m_oMutex;                             ///< Guards #m_sBuffer.
 };
+
+/// @}

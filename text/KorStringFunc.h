@@ -12,6 +12,9 @@
 #include <string>
 #include <vector>
 
+/// @addtogroup texts
+/// @{
+
 /// The text without trailing white space; a null @p pszText gives the empty string.
 TARVO_EXT_API std::string KorStrRTrim(const char* pszText);
 
@@ -56,3 +59,5 @@ TARVO_EXT_API bool KorFromString<std::string>(std::string& strValue, const std::
 /// @return always true
 template <>
 TARVO_EXT_API bool KorFromString<char*>(char*& pszValue, const std::string& strText);
+
+/// @}

@@ -20,6 +20,9 @@
 
 #include <string>
 
+/// @addtogroup timetexts
+/// @{
+
 class CKorTimeZone;
 
 /// The time as text, such as "2024-03-05T14:07:09.250+05:30", or with "Z" for the offset 0.
@@ -64,3 +67,5 @@ TARVO_EXT_API std::string KorToIsoDuration(const CKorTimeDiff& oSpan);
 /// @return false when the text is anything else, or the span is beyond the range of spans; it is
 /// unchanged then
 TARVO_EXT_API bool KorFromIsoDuration(const std::string& strText, CKorTimeDiff& rSpan);
+
+/// @}

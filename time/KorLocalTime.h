@@ -8,6 +8,9 @@
 
 #include <cstdint>
 
+/// @addtogroup zones
+/// @{
+
 /// An instant with its calendar date and clock time in a zone of whole hours.
 ///
 /// Stored is the UTC instant; what calendar queries and comparisons see is the local clock: UTC
@@ -129,3 +132,5 @@ TARVO_EXT_API bool operator==(const CKorLocalTime& oLeft, const CKorLocalTime& o
 
 /// Whether the clocks differ.
 TARVO_EXT_API bool operator!=(const CKorLocalTime& oLeft, const CKorLocalTime& oRight);
+
+/// @}

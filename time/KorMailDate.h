@@ -9,6 +9,9 @@
 
 #include <string>
 
+/// @addtogroup timetexts
+/// @{
+
 /// The time as RFC 5322 has it, such as "Tue, 05 Mar 2024 19:37:09 +0530"; fractions are cut.
 ///
 ///     std::string strLine = "Date: " + KorToMailDate(oTime, 330);
@@ -39,3 +42,5 @@ TARVO_EXT_API std::string KorToMailDate(const CKorUTCTime& oTime, int nOffsetMin
 /// the instant is beyond the range of times; time and offset are unchanged then
 TARVO_EXT_API bool KorFromMailDate(const std::string& strText, CKorUTCTime& rTime,
                                    int* pnOffsetMinutes = nullptr);
+
+/// @}

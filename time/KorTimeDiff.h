@@ -10,6 +10,9 @@
 #include <string>
 #include <sys/time.h>
 
+/// @addtogroup instants
+/// @{
+
 /// A span of time: a signed 64-bit count of ticks of 10 ns.
 ///
 /// A tick is the smallest step: 100 ticks are a microsecond, 100,000,000 a second and
@@ -229,3 +232,5 @@ struct hash<CKorTimeDiff>
 };
 
 } // namespace std
+
+/// @}

@@ -11,6 +11,9 @@
 #include <memory>
 #include <string>
 
+/// @addtogroup zones
+/// @{
+
 class CKorZoneData;
 
 /// Seconds east of Greenwich at an instant, in the process's zone.
@@ -101,3 +104,5 @@ public:
 protected:
     std::shared_ptr<const CKorZoneData> m_pData; ///< The zone's changes; null for UTC.
 };
+
+/// @}

@@ -15,6 +15,9 @@
 
 #include <chrono>
 
+/// @addtogroup clocks
+/// @{
+
 /// A time span from now on, by which something has to be done.
 ///
 /// An object serves one thread at a time; any number of threads may ask it at once.
@@ -85,3 +88,5 @@ public:
 protected:
     std::chrono::steady_clock::time_point m_oBegin; ///< When it began.
 };
+
+/// @}

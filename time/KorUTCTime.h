@@ -10,6 +10,9 @@
 #include <iosfwd>
 #include <string>
 
+/// @addtogroup instants
+/// @{
+
 /// An instant with its calendar date and clock time in UTC.
 ///
 /// The instant is a count of ticks of 10 ns since the first of January of year 0, on the
@@ -360,3 +363,5 @@ struct hash<CKorUTCTime>
 };
 
 } // namespace std
+
+/// @}

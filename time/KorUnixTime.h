@@ -17,6 +17,9 @@
 #include <ratio>
 #include <type_traits>
 
+/// @addtogroup instants
+/// @{
+
 /// The instant that lies @p nSeconds seconds and @p nNanoseconds nanoseconds behind 1970-01-01
 /// 00:00 UTC, rounded down to ticks of 10 ns; valid. Both may be negative, and nanoseconds of a
 /// second or more carry. Beyond the range of times it is the nearest end of it, *not* valid.
@@ -120,3 +123,5 @@ CKorTimeDiff KorFromDuration(std::chrono::duration<R, P> oDuration)
     }
     return oSpan;
 }
+
+/// @}

@@ -12,6 +12,9 @@
 #include <iosfwd>
 #include <string>
 
+/// @addtogroup zones
+/// @{
+
 class CKorTimeZone;
 
 /// An instant, and how many minutes a clock is ahead of UTC that shows it.
@@ -114,3 +117,5 @@ protected:
 /// Writes CKorZoneTime::ToString() as the stream writes any text.
 /// @return the stream
 TARVO_EXT_API std::ostream& operator<<(std::ostream& oStream, const CKorZoneTime& oTime);
+
+/// @}

@@ -12,6 +12,9 @@
 
 #include <iosfwd>
 
+/// @addtogroup timetexts
+/// @{
+
 /// Reads an unsigned decimal number of at most @p nDigits digits; it ends early at the first
 /// character that is no digit. A number beyond 32 bits wraps.
 /// @param oStream  the stream
@@ -31,3 +34,5 @@ TARVO_EXT_API void SeparateChar(std::istream& oStream, const char& cSeparator, b
 /// Takes the next character unless it is a digit. At the end of the input this attempt fails the
 /// stream.
 TARVO_EXT_API void TryRemoveNonDigit(std::istream& oStream);
+
+/// @}
