@@ -14,7 +14,7 @@ preset_of() {
 # Makes a target's toolchain ready.
 need_target() {
   preset_of "$1" >/dev/null
-  need_packages g++ cmake git ninja-build pkg-config libmodbus-dev python3 socat systemd tzdata
+  need_packages busybox-static g++ cmake git ninja-build pkg-config libmodbus-dev man-db python3 socat systemd tzdata udev
   case $1 in
     *armhf*) need_packages g++-arm-linux-gnueabihf ;;
     *armel) need_packages g++-arm-linux-gnueabi ;;

@@ -1,0 +1,25 @@
+# A page of the manual is set without a warning and names every option that its program has.
+cmake_minimum_required(VERSION 3.25)
+
+set(ENV{MANROFFSEQ} "")
+execute_process(COMMAND man --warnings -E UTF-8 -l -Tutf8 -Z ${PAGE}
+  OUTPUT_QUIET ERROR_VARIABLE warnings COMMAND_ERROR_IS_FATAL ANY)
+if(warnings)
+  message(FATAL_ERROR "${warnings}")
+endif()
+if(PROGRAM)
+  execute_process(COMMAND ${EMULATOR} ${PROGRAM} --help OUTPUT_VARIABLE help
+    COMMAND_ERROR_IS_FATAL ANY)
+  file(READ ${PAGE} page)
+  string(REPLACE "\\-" "-" page "${page}")
+  string(REGEX MATCHALL "--[a-z][-a-z]+" options "${help}")
+  if(NOT options)
+    message(FATAL_ERROR "no options in: ${help}")
+  endif()
+  foreach(option IN LISTS options)
+    string(FIND "${page}" "${option}" place)
+    if(place EQUAL -1)
+      message(SEND_ERROR "${PAGE} does not tell of ${option}")
+    endif()
+  endforeach()
+endif()
