@@ -2,6 +2,8 @@
 
 /// @file
 /// The application framework: one object that is the program.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#applications
 
 #include "KorExport.h"
 #include "app/KorApplicationInfo.h"

@@ -2,6 +2,8 @@
 
 /// @file
 /// The application class of daemons and console programs.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#applications
 
 #include "KorExport.h"
 #include "app/KorApplication.h"

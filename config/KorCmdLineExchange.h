@@ -2,6 +2,8 @@
 
 /// @file
 /// Reading of options from a command line.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#absent-options-read-as-0-and-values-look-like-options
 
 #include "config/KorConfigBase.h"
 

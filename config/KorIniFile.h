@@ -2,6 +2,8 @@
 
 /// @file
 /// An INI file as a source of options.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#ini-files
 
 #include "config/KorConfigBase.h"
 

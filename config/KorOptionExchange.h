@@ -4,6 +4,8 @@
 /// An INI document: reading, looking up, editing, writing; and the exchange of single options.
 ///
 /// The text format has a page of its own, `docs/ini-format.md`.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#ini-files
 
 #include "config/KorConfigBase.h"
 

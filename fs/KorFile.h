@@ -2,6 +2,8 @@
 
 /// @file
 /// Files of the operating system.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#files-and-paths
 
 #include "KorExport.h"
 

@@ -2,6 +2,8 @@
 
 /// @file
 /// What the file system knows about a file.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#file-times-are-stamps
 
 #include "KorExport.h"
 #include "time/KorUTCTime.h"

@@ -5,6 +5,8 @@
 ///
 /// The slash and the backslash are separators alike. Nothing here touches the file system. All
 /// functions keep no state and may run on any number of threads.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#files-and-paths
 
 #include "KorExport.h"
 

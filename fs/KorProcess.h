@@ -2,6 +2,8 @@
 
 /// @file
 /// The calling process, its directories, and other programs.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#programs
 
 #include "KorExport.h"
 

@@ -2,6 +2,8 @@
 
 /// @file
 /// A serial port with a receive thread.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#serial-ports
 
 #include "KorExport.h"
 #include "base/KorThread.h"

@@ -5,6 +5,8 @@
 ///
 /// The text is the same in every locale and, but for the length of the address, on every host.
 /// The functions keep no state and may run on any number of threads.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#texts-and-dumps
 
 #include "KorExport.h"
 

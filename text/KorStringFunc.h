@@ -6,6 +6,8 @@
 /// White space is what `isspace` reports in the "C" locale: blank, tab, line feed, vertical tab,
 /// form feed and carriage return. All functions keep no state and may run on any number of
 /// threads; a null text reads as documented, never as an error.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#splitting-knows-no-quotes
 
 #include "KorExport.h"
 

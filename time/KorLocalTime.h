@@ -2,6 +2,8 @@
 
 /// @file
 /// Instants read in a time zone.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#time
 
 #include "KorExport.h"
 #include "time/KorUTCTime.h"

@@ -2,6 +2,8 @@
 
 /// @file
 /// Spans of time.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#negative-spans-read-as-huge
 
 #include "KorExport.h"
 

@@ -2,6 +2,8 @@
 
 /// @file
 /// Instants on the calendar.
+///
+/// What surprises, why, and what to do instead: docs/known-behaviour.md#time
 
 #include "KorExport.h"
 #include "time/KorTimeDiff.h"
