@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks that the pages are true to what they speak of.
 
-usage: check.py links | programs | tests | pictures   (prints what is wrong; status 1 then)"""
+usage: check.py links | names | programs | tests | pictures   (prints what is wrong; status 1 then)"""
 import re
 import sys
 
@@ -13,6 +13,8 @@ from pages import LINK, MENTION, ROOT, all_pages, anchors, outside_code, public_
 TEST = re.compile(r"\bTEST(?:_F|_P)?\((\w+),\s*(\w+)\)")
 
 NAMED_FILE = re.compile(r"`((?:\w+/)+[\w.-]+\.(?:h|cpp|sh|py|md|txt|cmake))`")
+
+OURS = re.compile(r"\b([CS]?Kor[A-Z]\w*|IOX_\w+)(?:::(\w+))?")
 
 
 def where(path, number):
@@ -65,6 +67,18 @@ def links():
             yield f"{place}: {target} {wrong}"
 
 
+def names():
+    """Every class, function and member of ours that a page names is there."""
+    words = set(re.findall(r"\w+", "".join(h.read_text() for h in public_headers())))
+    words |= {file.stem for file in ROOT.glob("*/Kor*")} | {file.stem for file in ROOT.glob("tests/*/*")}
+    for page in all_pages():
+        for number, line in enumerate(page.read_text().splitlines(), 1):
+            for code in re.findall(r"`([^`]+)`", line):
+                for name, member in OURS.findall(code):
+                    if "." not in code and not {name, member or name} <= words:
+                        yield f"{where(page, number)}: there is no {code}"
+
+
 def tests():
     """Every test that a page names as its witness is there."""
     known = {f"{suite}.{name}" for file in ROOT.glob("tests/**/*.cpp")
@@ -96,7 +110,7 @@ def pictures():
 
 
 if __name__ == "__main__":
-    found = list({"links": links, "tests": tests, "programs": programs,
+    found = list({"links": links, "names": names, "tests": tests, "programs": programs,
                   "pictures": pictures}[sys.argv[1]]())
     for wrong in found:
         print(wrong)
