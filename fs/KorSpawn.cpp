@@ -106,7 +106,7 @@ pid_t CKorSpawn::Fork(int hReport)
     // NOLINTNEXTLINE(clang-analyzer-security.insecureAPI.vfork): fork needs twice the memory
     const pid_t nProcessID = vfork();
     if (nProcessID == 0)
-        Become(hReport);
+        Become(hReport); // NOLINT(clang-analyzer-unix.Vfork): makes none but system calls
     return nProcessID;
 }
 

@@ -49,7 +49,7 @@ std::string Hex(std::uintptr_t nValue, size_t nMinDigits)
 
 void PutBytes(char* pcHex, char* pcCharacters, const char* pcBytes, unsigned int nBytes)
 {
-    for (unsigned int i = 0; i < nBytes; ++i) {
+    for (std::size_t i = 0; i < nBytes; ++i) {
         const unsigned char c = static_cast<unsigned char>(pcBytes[i]);
         pcHex[i * 3] = DIGITS[c >> 4];
         pcHex[i * 3 + 1] = DIGITS[c & 0xF];
