@@ -14,7 +14,8 @@
 /// made of them.
 ///
 ///     CKorApplicationInfo oInfo("gw", "2.5.7", "Example Ltd", "Meter gateway", "gw.example",
-///     nullptr); oInfo.GetVersionString();   // "Meter gateway, Version 2.5.7"
+///                               nullptr);
+///     oInfo.GetVersionString();   // "Meter gateway, Version 2.5.7"
 ///     oInfo.GetCopyrightString(); // "Copyright (C) Example Ltd (gw.example)"
 ///
 /// A plain record without locking: do not change it on one thread while another reads it.
