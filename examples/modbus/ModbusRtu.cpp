@@ -28,6 +28,26 @@ void AppendWord(std::string& strBytes, unsigned int nWord)
 
 } // namespace
 
+void ModbusCounters::Count(EModbusResult eResult)
+{
+    switch (eResult) {
+    case MODBUS_OK:
+        break;
+    case MODBUS_TIMEOUT:
+        ++nTimeouts;
+        break;
+    case MODBUS_BAD_CRC:
+        ++nCrcErrors;
+        break;
+    case MODBUS_EXCEPTION:
+        ++nExceptions;
+        break;
+    default:
+        ++nOtherErrors;
+        break;
+    }
+}
+
 const char* ModbusResultText(EModbusResult eResult)
 {
     switch (eResult) {

@@ -43,6 +43,9 @@ enum EModbusResult
 /// What a client has seen so far.
 struct ModbusCounters
 {
+    /// Counts the result of an attempt.
+    void Count(EModbusResult eResult);
+
     unsigned int nRequests = 0;    ///< requests asked for, repetitions not counted
     unsigned int nRetries = 0;     ///< repetitions
     unsigned int nTimeouts = 0;    ///< attempts without a whole answer

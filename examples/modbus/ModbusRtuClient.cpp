@@ -124,7 +124,7 @@ void ModbusRtuClient::Conclude(EModbusResult eResult)
     m_oLoop.Cancel(std::exchange(m_nTimer, 0));
     m_oLoop.Cancel(std::exchange(m_nSilence, 0));
     TelegramReceived(m_strReceived);
-    Count(eResult);
+    m_oCounters.Count(eResult);
     const bool bFinal =
         eResult == MODBUS_OK || eResult == MODBUS_EXCEPTION || eResult == MODBUS_HUNG_UP;
     if (bFinal || m_nRetriesLeft == 0)
@@ -141,26 +141,6 @@ void ModbusRtuClient::Finish(EModbusResult eResult)
     const Handler fnHandler = std::exchange(m_fnHandler, nullptr);
     const std::vector<std::uint16_t> vecValues = std::exchange(m_vecValues, {});
     fnHandler(eResult, vecValues);
-}
-
-void ModbusRtuClient::Count(EModbusResult eResult)
-{
-    switch (eResult) {
-    case MODBUS_OK:
-        break;
-    case MODBUS_TIMEOUT:
-        ++m_oCounters.nTimeouts;
-        break;
-    case MODBUS_BAD_CRC:
-        ++m_oCounters.nCrcErrors;
-        break;
-    case MODBUS_EXCEPTION:
-        ++m_oCounters.nExceptions;
-        break;
-    default:
-        ++m_oCounters.nOtherErrors;
-        break;
-    }
 }
 
 void ModbusRtuClient::TelegramSent(const std::string&) {}

@@ -84,7 +84,6 @@ private:
     void TimeOut();
     void Conclude(EModbusResult eResult);
     void Finish(EModbusResult eResult);
-    void Count(EModbusResult eResult);
 
     CKorEventLoop& m_oLoop;
     CKorSerialLine& m_oLine;

@@ -46,7 +46,7 @@ EModbusResult PortModbusClient::Exchange(const ModbusRequest& oRequest,
         if (eResult == MODBUS_OK)
             eResult = ModbusParseResponse(oRequest, strResponse, vecValues, m_nLastException);
     }
-    Count(eResult);
+    m_oCounters.Count(eResult);
     return eResult;
 }
 
@@ -76,26 +76,6 @@ void PortModbusClient::AwaitSilence()
         if (m_oPort.WaitForResponse(1, SILENCE_MS) != CKorSerial::SERIAL_OK)
             return;
         CKorThread::Sleep(0, SILENCE_MS);
-    }
-}
-
-void PortModbusClient::Count(EModbusResult eResult)
-{
-    switch (eResult) {
-    case MODBUS_OK:
-        break;
-    case MODBUS_TIMEOUT:
-        ++m_oCounters.nTimeouts;
-        break;
-    case MODBUS_BAD_CRC:
-        ++m_oCounters.nCrcErrors;
-        break;
-    case MODBUS_EXCEPTION:
-        ++m_oCounters.nExceptions;
-        break;
-    default:
-        ++m_oCounters.nOtherErrors;
-        break;
     }
 }
 

@@ -47,7 +47,6 @@ private:
     EModbusResult Exchange(const ModbusRequest& oRequest, std::vector<std::uint16_t>& vecValues);
     std::string Receive(const ModbusRequest& oRequest, EModbusResult& eResult);
     void AwaitSilence();
-    void Count(EModbusResult eResult);
 
     CKorSerial& m_oPort;
     int m_nTimeout;
