@@ -96,7 +96,7 @@ int main(int argc, char** argv)
     std::string strPath;
     unsigned int nHead = 8;
     unsigned int nTail = 8;
-    CKorOptionParser oParser({"filestat", FILESTAT_VERSION, "Quentor GmbH", "File status and dump",
+    CKorOptionParser oParser({"filestat", TARVO_VERSION, "Quentor GmbH", "File status and dump",
                               "www.quentor.example", nullptr});
     oParser.AddArgument("FILE", strPath, "the file whose status and lines are printed");
     oParser.AddArgument("HEAD", nHead, "number of first lines in the dump (8)", false);

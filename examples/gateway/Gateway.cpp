@@ -39,7 +39,7 @@ void LogFindings(const CKorSafeIniFile& oFile)
 
 Gateway::Gateway() : CKorDaemonApplication(nullptr, "gateway", nullptr)
 {
-    m_oInfo = CKorApplicationInfo("gateway", "1.0.0", "Quentor GmbH", "Meter gateway",
+    m_oInfo = CKorApplicationInfo("gateway", TARVO_VERSION, "Quentor GmbH", "Meter gateway",
                                   "www.quentor.example", nullptr);
 }
 

@@ -22,7 +22,8 @@ class MeterApplication : public CKorDaemonApplication
 public:
     MeterApplication() : CKorDaemonApplication(nullptr, "meter", nullptr)
     {
-        m_oInfo.SetApplDescription("Simulates a Modbus RTU meter on a pseudo-terminal of its own.");
+        m_oInfo = CKorApplicationInfo("meter", TARVO_VERSION, "Quentor GmbH",
+                                      "Modbus RTU meter simulator", "www.quentor.example", nullptr);
     }
 
     void DeclareOptions(CKorOptionParser& rParser) override

@@ -70,7 +70,11 @@ private:
 class Supervisor : public CKorDaemonApplication
 {
 public:
-    Supervisor() : CKorDaemonApplication(nullptr, "supervisor", nullptr) {}
+    Supervisor() : CKorDaemonApplication(nullptr, "supervisor", nullptr)
+    {
+        m_oInfo = CKorApplicationInfo("supervisor", TARVO_VERSION, "Quentor GmbH",
+                                      "Program supervisor", "www.quentor.example", nullptr);
+    }
     void DeclareOptions(CKorOptionParser& rParser) override
     {
         rParser.AddArgument("FILE", m_strFile, "the INI file whose section [Programs] names them");

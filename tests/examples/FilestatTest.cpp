@@ -163,7 +163,9 @@ TEST_F(Filestat10Lines, PrintsItsHelpAndItsVersionWhenAsked)
         EXPECT_NE("", oResult.strOut);
     }
     EXPECT_NE(std::string::npos, Filestat({"-h"}).strOut.find("FILE [HEAD] [TAIL]"));
-    EXPECT_EQ(0u, Filestat({"--version"}).strOut.find("File status and dump, Version "));
+    EXPECT_EQ("File status and dump, Version " TARVO_VERSION
+              "\nCopyright (C) Quentor GmbH (www.quentor.example)\n",
+              Filestat({"--version"}).strOut);
 }
 
 TEST_F(Filestat10Lines, TakesAFileThatLooksLikeAnOptionBehindTwoDashes)

@@ -31,10 +31,15 @@ TEST(Gateway, RefusesWrongUsage)
 
 TEST(Gateway, TellsItsVersionAndTheLibrarys)
 {
+    EXPECT_EQ("Meter gateway, Version " TARVO_VERSION
+              "\nCopyright (C) Quentor GmbH (www.quentor.example)\n",
+              RunProgram({GATEWAY_PROGRAM, "--version"}).strOut);
     const GatewayAndMeter oPair({});
     const std::string strErr = RunProgram(oPair.Gateway({"--once"})).strErr;
-    EXPECT_TRUE(Holds(strErr, " Meter gateway, Version 1.0.0, Copyright (C) ")) << strErr;
-    EXPECT_TRUE(Holds(strErr, " Quentor libTarvo, Version 1.0.10, Copyright (C) ")) << strErr;
+    EXPECT_TRUE(Holds(strErr, " Meter gateway, Version " TARVO_VERSION ", Copyright (C) "))
+        << strErr;
+    EXPECT_TRUE(Holds(strErr, " Quentor libTarvo, Version " TARVO_VERSION ", Copyright (C) "))
+        << strErr;
 }
 
 TEST(Gateway, PollsOnceAndStoresTheReading)

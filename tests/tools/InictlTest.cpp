@@ -22,7 +22,7 @@ TEST_F(Inictl, PrintsItsVersion)
 {
     const ChildResult oResult = Run({"--version"});
     EXPECT_EQ(0, oResult.nExitStatus);
-    EXPECT_EQ(0U, oResult.strOut.find("inictl, Version " INICTL_VERSION "\nCopyright (C) "));
+    EXPECT_EQ(0U, oResult.strOut.find("inictl, Version " TARVO_VERSION "\nCopyright (C) "));
     EXPECT_EQ("", oResult.strErr);
 }
 

@@ -226,6 +226,24 @@ TEST(Linesim, RefusesANameThatIsNoLink)
     EXPECT_EQ("kept", strContent);
 }
 
+TEST(Linesim, ExplainsItself)
+{
+    for (const char* pszOption : {"-h", "--help"}) {
+        const ChildResult oHelp = RunProgram(CommandLine({pszOption}));
+        EXPECT_EQ(0, oHelp.nExitStatus);
+        EXPECT_EQ(0U, oHelp.strOut.find("Usage: linesim [OPTION...]")) << oHelp.strOut;
+    }
+}
+
+TEST(Linesim, TellsItsVersion)
+{
+    const ChildResult oVersion = RunProgram(CommandLine({"--version"}));
+    EXPECT_EQ(0, oVersion.nExitStatus);
+    EXPECT_EQ("Serial line simulator, Version " TARVO_VERSION
+              "\nCopyright (C) Quentor GmbH (www.quentor.example)\n",
+              oVersion.strOut);
+}
+
 TEST(Linesim, RefusesWrongUsage)
 {
     const std::vector<std::vector<std::string>> vecWrong = {{},

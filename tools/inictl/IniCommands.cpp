@@ -223,6 +223,6 @@ CKorApplicationInfo Identity(const char* pszName)
     CKorApplicationInfo oInfo = CKorApplicationInfo::GetLibraryInfo();
     oInfo.SetApplName(pszName);
     oInfo.SetApplDescription(nullptr);
-    oInfo.SetVersion(INICTL_VERSION);
+    oInfo.SetVersion(TARVO_VERSION);
     return oInfo;
 }

@@ -28,7 +28,8 @@ class Linesim : public CKorDaemonApplication
 public:
     Linesim() : CKorDaemonApplication(nullptr, "linesim", nullptr)
     {
-        m_oInfo.SetApplDescription("Plays a device on a serial line, or joins two lines.");
+        m_oInfo = CKorApplicationInfo("linesim", TARVO_VERSION, "Quentor GmbH",
+                                      "Serial line simulator", "www.quentor.example", nullptr);
     }
 
     void DeclareOptions(CKorOptionParser& rParser) override { m_oOptions.Declare(rParser); }
