@@ -2,11 +2,11 @@
 
 #include "tests/app/PrintingDaemon.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Patience.h"
 #include "tests/support/PseudoTerminal.h"
 #include "tests/support/ScratchDir.h"
 
 #include <cerrno>
-#include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -14,13 +14,10 @@
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 namespace
 {
-
-constexpr std::chrono::seconds PATIENCE(60);
 
 std::string LinkTarget(const std::string& strLink)
 {
@@ -32,13 +29,11 @@ std::string LinkTarget(const std::string& strLink)
 /// Waits until a file has a text.
 std::string WaitFor(const std::string& strFile, const std::string& strText)
 {
-    const auto oDeadline = std::chrono::steady_clock::now() + PATIENCE;
     std::string strContent;
-    while (strContent.find(strText) == std::string::npos &&
-           std::chrono::steady_clock::now() < oDeadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    WaitUntil([&] {
         strContent = ReadFile(strFile);
-    }
+        return strContent.find(strText) != std::string::npos;
+    });
     return strContent;
 }
 

@@ -2,7 +2,6 @@
 #include "tests/support/Patience.h"
 #include "tests/support/PseudoTerminal.h"
 
-#include <atomic>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <string>
@@ -70,7 +69,6 @@ protected:
     Values m_vecValues;
     ModbusCounters m_oCounters;
     std::uint8_t m_nException = 0;
-    std::atomic<bool> m_bGaveUp{false};
 };
 
 TEST_F(ModbusRtuClientOnALoop, ReadsRegisters)
@@ -102,19 +100,14 @@ TEST_F(ModbusRtuClientOnALoop, TakesTheRightAnswerBehindThatOfAnotherUnit)
 
 TEST_F(ModbusRtuClientOnALoop, DropsAnAnswerThatIsLateByOneRequest)
 {
-    constexpr unsigned int TIMEOUT = 2000;
-    std::thread oDevice([this] {
-        m_oTerminal.Receive(MODBUS_REQUEST_LENGTH);
-        WaitUntil([this] { return m_bGaveUp.load(); });
-        m_oTerminal.Send(LATE_RESPONSE);
-        m_oTerminal.Receive(MODBUS_REQUEST_LENGTH);
-        m_oTerminal.Send(RESPONSE);
-    });
+    constexpr unsigned int TIMEOUT = 500;
+    std::thread oDevice = Device({"", RESPONSE});
     ModbusRtuClient oClient(m_oLoop, m_oLine, TIMEOUT, 0);
     EXPECT_TRUE(oClient.Attach());
     EXPECT_EQ(MODBUS_TIMEOUT, Read(oClient));
-    m_bGaveUp = true;
     oClient.SetLimits(PATIENCE_MS, 0);
+    // After a request that was sent at once, before one that is held back.
+    m_oLoop.CallAfter(1, [this] { m_oTerminal.Send(LATE_RESPONSE); });
     EXPECT_EQ(MODBUS_OK, Read(oClient));
     EXPECT_EQ(VALUES, m_vecValues);
     oDevice.join();

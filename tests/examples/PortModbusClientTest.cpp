@@ -104,8 +104,27 @@ TEST_F(PortModbusClientOnALine, APartOfAnAnswerIsATimeout)
 
 TEST_F(PortModbusClientOnALine, AWholeButShorterAnswerIsMalformed)
 {
-    EXPECT_EQ(MODBUS_MALFORMED, Read(3000, 0, {ModbusResponseTelegram(REQUEST, {1, 2})}));
-    EXPECT_EQ(1U, m_oCounters.nOtherErrors);
+    /// Has the answer already when it begins to wait for it.
+    class Answered : public PortModbusClient
+    {
+    public:
+        Answered(CKorSerial& oPort, PseudoTerminal& oLine)
+            : PortModbusClient(oPort, 50, 0), m_oPort(oPort), m_oLine(oLine)
+        {
+        }
+        void TelegramSent(const std::string&) override
+        {
+            const std::string strShort = ModbusResponseTelegram(REQUEST, {1, 2});
+            m_oLine.Send(strShort);
+            const auto nLength = static_cast<unsigned int>(strShort.size());
+            EXPECT_EQ(CKorSerial::SERIAL_OK, m_oPort.WaitForResponse(nLength, PATIENCE_MS));
+        }
+        CKorSerial& m_oPort;
+        PseudoTerminal& m_oLine;
+    };
+    Answered oClient(m_oPort, m_oLine);
+    EXPECT_EQ(MODBUS_MALFORMED, oClient.Read(REQUEST, m_vecValues));
+    EXPECT_EQ(1U, oClient.Counters().nOtherErrors);
 }
 
 TEST_F(PortModbusClientOnALine, DropsWhatCameBeforeTheRequest)

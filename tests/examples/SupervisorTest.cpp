@@ -1,29 +1,15 @@
 #include "tests/app/NotifySocket.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Patience.h"
 #include "tests/support/ScratchDir.h"
 
-#include <chrono>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <thread>
 #include <unistd.h>
 
 namespace
 {
-
-constexpr std::chrono::seconds PATIENCE(60);
-
-bool Becomes(const std::function<bool()>& fnTrue)
-{
-    const auto oDeadline = std::chrono::steady_clock::now() + PATIENCE;
-    while (!fnTrue()) {
-        if (std::chrono::steady_clock::now() > oDeadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
-}
 
 bool Exists(const std::string& strFile)
 {
@@ -44,7 +30,7 @@ protected:
     }
     bool Started(const std::string& strName, unsigned int nTimes = 1) const
     {
-        return Becomes([this, &strName, nTimes] { return Starts(strName).size() >= nTimes; });
+        return WaitUntil([this, &strName, nTimes] { return Starts(strName).size() >= nTimes; });
     }
     std::vector<pid_t> Starts(const std::string& strName) const
     {
@@ -59,7 +45,7 @@ protected:
     }
     static bool IsGone(pid_t nProcess)
     {
-        return Becomes([nProcess] { return kill(nProcess, 0) != 0; });
+        return WaitUntil([nProcess] { return kill(nProcess, 0) != 0; });
     }
 
     const ScratchDir m_oDir;
@@ -129,6 +115,15 @@ TEST_F(Supervisor, WithoutAFileItSaysHowItIsUsed)
     const ChildResult oHelp = RunProgram({SUPERVISOR_PROGRAM, "--help"});
     EXPECT_EQ(0, oHelp.nExitStatus);
     EXPECT_NE(std::string::npos, oHelp.strOut.find("[PIDFILE]")) << oHelp.strOut;
+}
+
+TEST_F(Supervisor, TellsItsVersion)
+{
+    const ChildResult oResult = RunProgram({SUPERVISOR_PROGRAM, "--version"});
+    EXPECT_EQ(0, oResult.nExitStatus);
+    EXPECT_EQ("Program supervisor, Version " TARVO_VERSION
+              "\nCopyright (C) Quentor GmbH (www.quentor.example)\n",
+              oResult.strOut);
 }
 
 TEST_F(Supervisor, TheScriptOfOldInitSystemsStartsReloadsAndStopsIt)

@@ -73,7 +73,7 @@ TEST_F(KorSerialReception, TakesANumberOfCharacters)
     m_oLine.Send("ABCDEF");
     ASSERT_EQ(OK, SerialResult(oPort.WaitForResponse(6, PATIENCE_MS)));
     std::string strData;
-    EXPECT_EQ(OK, SerialResult(oPort.WaitForData(3, strData, 1000)));
+    EXPECT_EQ(OK, SerialResult(oPort.WaitForData(3, strData, PATIENCE_MS)));
     EXPECT_EQ("ABC", strData);
     EXPECT_EQ("DEF", oPort.GetReceivedData());
 }

@@ -73,11 +73,12 @@ TEST(KorTimeout, OfAllOnesNeverExpires)
 
 TEST(KorTimeout, BeginsAnew)
 {
+    const CKorTimeout oOther(60000);
     CKorTimeout oTimeout(60000);
     SleepMs(20);
-    const unsigned int nBefore = oTimeout.GetRemaining();
     oTimeout.Restart();
-    EXPECT_LT(nBefore, oTimeout.GetRemaining());
+    const unsigned int nRemaining = oTimeout.GetRemaining();
+    EXPECT_GT(nRemaining, oOther.GetRemaining());
 }
 
 TEST(KorStopwatch, MeasuresInTicks)
@@ -93,11 +94,12 @@ TEST(KorStopwatch, MeasuresInTicks)
 
 TEST(KorStopwatch, BeginsAnew)
 {
+    const CKorStopwatch oOther;
     CKorStopwatch oWatch;
     SleepMs(20);
-    const CKorTimeDiff oBefore = oWatch.GetElapsed();
     oWatch.Restart();
-    EXPECT_GT(oBefore.GetTotalNanoSeconds(), oWatch.GetElapsed().GetTotalNanoSeconds());
+    const CKorTimeDiff oElapsed = oWatch.GetElapsed();
+    EXPECT_LE(20000000, (oOther.GetElapsed() - oElapsed).GetTotalNanoSeconds());
 }
 
 TEST(KorStopwatch, CanBeDerivedFromAndIsNotCopied)
