@@ -58,14 +58,21 @@ private:
     char m_szName[32] = "/tmp/tarvo-bench-XXXXXX";
 };
 
-/// Names of options of a file in an order that no cache foresees.
+enum EOrder
+{
+    IN_ORDER, // as a program asks for its options
+    SHUFFLED  // as no cache foresees
+};
+
+/// Names of the options of a file.
 struct Names
 {
-    explicit Names(int64_t nLines)
+    Names(int64_t nLines, int64_t nOrder)
     {
         std::vector<int64_t> vecLines(static_cast<size_t>(nLines));
         std::iota(vecLines.begin(), vecLines.end(), 0);
-        std::shuffle(vecLines.begin(), vecLines.end(), std::mt19937(1));
+        if (nOrder == SHUFFLED)
+            std::shuffle(vecLines.begin(), vecLines.end(), std::mt19937(1));
         for (const int64_t nLine : vecLines) {
             if (!IsHeader(nLine))
                 m_vecNames.emplace_back(Section(nLine), Option(nLine));
@@ -114,7 +121,7 @@ void LookUp(benchmark::State& oState)
     const IniFile oText(oState.range(0));
     CKorIniFile oFile(oText.Name(), CKorIniFile::PATH_UNCHANGED);
     CKorIniOptionExchange oExchange(&oFile, false);
-    Names oNames(oState.range(0));
+    Names oNames(oState.range(0), oState.range(1));
     std::string strValue;
     while (oState.KeepRunning()) {
         const auto& [strSection, strOption] = oNames.Next();
@@ -128,7 +135,7 @@ void LookUpGKeyFile(benchmark::State& oState)
     const IniFile oText(oState.range(0));
     GKeyFile* const pFile = g_key_file_new();
     g_key_file_load_from_file(pFile, oText.Name(), G_KEY_FILE_KEEP_COMMENTS, nullptr);
-    Names oNames(oState.range(0));
+    Names oNames(oState.range(0), oState.range(1));
     while (oState.KeepRunning()) {
         const auto& [strSection, strOption] = oNames.Next();
         char* const pszValue =
@@ -184,8 +191,8 @@ void UpdateWriting(benchmark::State& oState)
 
 BENCHMARK(Load)->Arg(200)->Arg(10000)->Arg(1000000);
 BENCHMARK(LoadGKeyFile)->Arg(200)->Arg(10000)->Arg(1000000);
-BENCHMARK(LookUp)->Arg(200)->Arg(10000);
-BENCHMARK(LookUpGKeyFile)->Arg(200)->Arg(10000);
+BENCHMARK(LookUp)->ArgsProduct({{200, 10000}, {IN_ORDER, SHUFFLED}});
+BENCHMARK(LookUpGKeyFile)->ArgsProduct({{200, 10000}, {IN_ORDER, SHUFFLED}});
 BENCHMARK(UpdateReading)->Arg(200)->Arg(10000)->Arg(100000);
 BENCHMARK(UpdateWriting)->Arg(200)->Arg(10000)->Arg(100000);
 

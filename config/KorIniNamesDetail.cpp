@@ -44,10 +44,13 @@ uint64_t WordOf(std::string_view strText)
     return nWord;
 }
 
+// The first product keeps the halves of a word, which are alike in a name of four characters, from
+// cancelling each other out.
 uint64_t Mix(uint64_t nHash, uint64_t nWord)
 {
-    nHash ^= nWord;
-    nHash = (nHash ^ (nHash >> 32)) * 0x9E3779B97F4A7C15U;
+    constexpr uint64_t GOLDEN_RATIO = 0x9E3779B97F4A7C15U;
+    nHash = (nHash ^ nWord) * GOLDEN_RATIO;
+    nHash = (nHash ^ (nHash >> 32)) * GOLDEN_RATIO;
     return nHash ^ (nHash >> 32);
 }
 

@@ -1,0 +1,62 @@
+// How the hash of names fills the table of an index: numbered names, which most large files have,
+// must not crowd together in it.
+
+#include "config/KorIniNamesDetail.h"
+
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+/// A table of the size and filling that the index has, which counts the steps of its users.
+class Places
+{
+public:
+    explicit Places(size_t nNames)
+    {
+        size_t nSize = 16;
+        while (nSize / 2 < nNames)
+            nSize *= 2;
+        m_vecTaken.resize(nSize);
+    }
+
+    /// Takes the first free place. @return how many steps away it is
+    size_t Take(uint32_t nHash)
+    {
+        size_t nStep = 0;
+        while (m_vecTaken[(nHash + nStep) & (m_vecTaken.size() - 1)])
+            ++nStep;
+        m_vecTaken[(nHash + nStep) & (m_vecTaken.size() - 1)] = true;
+        return nStep;
+    }
+
+private:
+    std::vector<bool> m_vecTaken;
+};
+
+class KorIniNames : public testing::TestWithParam<const char*>
+{
+};
+
+TEST_P(KorIniNames, NumberedOnesDoNotCrowdTogether)
+{
+    for (const size_t nNames : {10000U, 190000U}) {
+        Places oPlaces(nNames);
+        size_t nSteps = 0;
+        for (size_t n = 0; n < nNames; ++n) {
+            char szName[64];
+            std::snprintf(szName, sizeof szName, GetParam(), static_cast<unsigned int>(n));
+            nSteps += oPlaces.Take(CKorIniNameRule(false).Hash(szName, 0));
+        }
+        EXPECT_LT(nSteps, 4 * nNames) << nNames << " names";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Patterns, KorIniNames,
+                         testing::Values("%u", "%X", "S%u", "Abcd%u", "Section %u", "Meter_%06u",
+                                         "line %u settings", "sensor.%u.temperature"));
+
+} // namespace
