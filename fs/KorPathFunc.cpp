@@ -39,14 +39,6 @@ size_t DirectoryLength(std::string_view strPath)
     return n > 1 ? n : 0;
 }
 
-/// The length of a title without its extension, which begins at the last "." but not at the first
-/// character.
-size_t TitleLength(std::string_view strTitle)
-{
-    const size_t nDot = strTitle.rfind('.');
-    return nDot == 0 ? strTitle.size() : std::min(nDot, strTitle.size());
-}
-
 /// Whether a text begins inside of an output.
 bool IsPartOf(const char* pszText, const std::string* pstrOutput)
 {
@@ -59,10 +51,12 @@ void Put(std::string* pstrOutput, std::string_view strPart)
 {
     if (pstrOutput == nullptr)
         return;
-    if (strPart.empty())
-        pstrOutput->clear();
-    else
+    if (strPart.size() > pstrOutput->size()) {
         pstrOutput->assign(strPart);
+    } else { // cheaper, and most outputs are used again
+        strPart.copy(pstrOutput->data(), strPart.size());
+        pstrOutput->resize(strPart.size());
+    }
 }
 
 void RemoveTrailingSeparator(std::string& strDir)
@@ -123,7 +117,8 @@ void SplitPath(const char* pszPath, std::string* pstrDrive, std::string* pstrDir
     const size_t nDrive = DriveLength(strPath);
     const size_t nDir = DirectoryLength(strPath.substr(nDrive));
     const std::string_view strTitle = strPath.substr(nDrive + nDir);
-    const size_t nTitle = TitleLength(strTitle);
+    const size_t nDot = strTitle.rfind('.');
+    const size_t nTitle = nDot != 0 ? std::min(nDot, strTitle.size()) : strTitle.size();
     Put(pstrDrive, strPath.substr(0, nDrive));
     Put(pstrDir, strPath.substr(nDrive, nDir));
     Put(pstrTitle, strTitle.substr(0, nTitle));
@@ -131,7 +126,7 @@ void SplitPath(const char* pszPath, std::string* pstrDrive, std::string* pstrDir
 
     // Wanted: a title without "." fails, with the text that callers compare.
     const bool bIsDirectory = strPath.empty() || (nDir != 0 && strTitle.empty());
-    if (!bIsDirectory && strTitle.find('.') == std::string_view::npos)
+    if (!bIsDirectory && nDot == std::string_view::npos)
         throw std::out_of_range("basic_string::substr");
 }
 
