@@ -1,15 +1,9 @@
 #include "Publisher.h"
 
-#include "app/KorLog.h"
+#include "examples/gateway/PublisherCore.h"
 
-/// What the publisher works with.
-class PublisherCore
-{
-};
-
-Publisher::Publisher(CKorEventLoop& /*oLoop*/, const MqttSettings& /*oMqtt*/,
-                     const StoreSettings& /*oStore*/)
-    : m_pCore(std::make_unique<PublisherCore>())
+Publisher::Publisher(CKorEventLoop& oLoop, const MqttSettings& oMqtt, const StoreSettings& oStore)
+    : m_pCore(std::make_unique<PublisherCore>(oLoop, oMqtt, oStore))
 {
 }
 
@@ -17,26 +11,30 @@ Publisher::~Publisher() = default;
 
 bool Publisher::Start()
 {
-    return true;
+    return m_pCore->Start();
 }
 
-void Publisher::Stop(unsigned int /*nMilliseconds*/) {}
+void Publisher::Stop(unsigned int nMilliseconds)
+{
+    m_pCore->Stop(nMilliseconds);
+}
 
-void Publisher::SetSettings(const MqttSettings& /*oMqtt*/, const StoreSettings& /*oStore*/) {}
+void Publisher::SetSettings(const MqttSettings& oMqtt, const StoreSettings& oStore)
+{
+    m_pCore->SetSettings(oMqtt, oStore);
+}
 
 PublisherState Publisher::State() const
 {
-    PublisherState oState;
-    oState.m_strBroker = "log";
-    return oState;
+    return m_pCore->State();
 }
 
 void Publisher::Take(const Reading& oReading)
 {
-    KorGetLog().Write(CKorLog::LEVEL_INFO, "reading of %s", oReading.m_strMeter.c_str());
+    m_pCore->Take(oReading);
 }
 
 void Publisher::TakeStatistics(const std::string& strMeter, const std::string& strJson)
 {
-    KorGetLog().Write(CKorLog::LEVEL_INFO, "%s: %s", strMeter.c_str(), strJson.c_str());
+    m_pCore->TakeStatistics(strMeter, strJson);
 }
