@@ -179,22 +179,14 @@ public:
     /// @name Clock fields
     /// @{
 
-    /// Hour, 0 to 23.
-    int GetHour() const;
-    /// Minute, 0 to 59.
-    int GetMinute() const;
-    /// Second, 0 to 59.
-    int GetSecond() const;
-    /// Millisecond of the second, 0 to 999.
-    int GetMilliSecond() const;
-    /// Microsecond of the millisecond, 0 to 999.
-    int GetMicroSecond() const;
-    /// Nanosecond of the microsecond, 0 to 990, always a multiple of 10.
-    int GetNanoSecond() const;
-    /// Milliseconds since year 0.
-    long long GetTotalMilliseconds() const;
-    /// Microseconds since year 0.
-    long long GetTotalMicroseconds() const;
+    int GetHour() const;        ///< Hour, 0 to 23.
+    int GetMinute() const;      ///< Minute, 0 to 59.
+    int GetSecond() const;      ///< Second, 0 to 59.
+    int GetMilliSecond() const; ///< Millisecond of the second, 0 to 999.
+    int GetMicroSecond() const; ///< Microsecond of the millisecond, 0 to 999.
+    int GetNanoSecond() const;  ///< Nanosecond of the microsecond, 0 to 990, a multiple of 10.
+    long long GetTotalMilliseconds() const; ///< Milliseconds since year 0.
+    long long GetTotalMicroseconds() const; ///< Microseconds since year 0.
     /// @}
 
     /// @name Calendar
@@ -218,16 +210,11 @@ public:
     /// @param[out] nDay    day of the month, from 1
     void CalcDate(int& nYear, int& nMonth, int& nDay) const;
 
-    /// Day of the month as in CalcDate().
-    int GetDay() const;
-    /// Month as in CalcDate().
-    int GetMonth() const;
-    /// Year as in CalcDate().
-    int GetYear() const;
-    /// Year * 12 + month.
-    int GetTotalMonths() const;
-    /// Day of the week of the date of CalcDate().
-    EWeekday GetWeekDay() const;
+    int GetDay() const;          ///< Day of the month as in CalcDate().
+    int GetMonth() const;        ///< Month as in CalcDate().
+    int GetYear() const;         ///< Year as in CalcDate().
+    int GetTotalMonths() const;  ///< Year * 12 + month.
+    EWeekday GetWeekDay() const; ///< Day of the week of the date of CalcDate().
     /// @}
 
     /// Sets date and time. Parts out of range are clamped to the nearest possible value, and the
@@ -268,18 +255,12 @@ public:
     /// They compare the instants, whatever the valid flags and the clock of a derived class say.
     /// @{
 
-    /// Whether both are the same instant.
-    bool operator==(const CKorUTCTime& oOther) const;
-    /// Whether the instants differ.
-    bool operator!=(const CKorUTCTime& oOther) const;
-    /// Whether this instant is earlier.
-    bool operator<(const CKorUTCTime& oOther) const;
-    /// Whether this instant is not later.
-    bool operator<=(const CKorUTCTime& oOther) const;
-    /// Whether this instant is later.
-    bool operator>(const CKorUTCTime& oOther) const;
-    /// Whether this instant is not earlier.
-    bool operator>=(const CKorUTCTime& oOther) const;
+    bool operator==(const CKorUTCTime& oOther) const; ///< Whether both are the same instant.
+    bool operator!=(const CKorUTCTime& oOther) const; ///< Whether the instants differ.
+    bool operator<(const CKorUTCTime& oOther) const;  ///< Whether this instant is earlier.
+    bool operator<=(const CKorUTCTime& oOther) const; ///< Whether this instant is not later.
+    bool operator>(const CKorUTCTime& oOther) const;  ///< Whether this instant is later.
+    bool operator>=(const CKorUTCTime& oOther) const; ///< Whether this instant is not earlier.
     /// @}
 
     /// The span since 1970-01-01 00:00 on the clock of this class, in seconds and microseconds;
