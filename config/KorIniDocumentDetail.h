@@ -45,7 +45,7 @@ public:
 
     /// @param apLines  the lines, which this object frees; must outlive it
     explicit CKorIniDocument(Lines& apLines) : m_apLines(apLines) {}
-    ~CKorIniDocument();
+    ~CKorIniDocument() { Clear(m_oRule); }
     CKorIniDocument(const CKorIniDocument&) = delete;
     CKorIniDocument& operator=(const CKorIniDocument&) = delete;
 
@@ -106,12 +106,6 @@ private:
     std::vector<SWaiting> m_vecWaiting;
     const TLine* m_pLastOfASection = nullptr; ///< when there is an index
 };
-
-template <class TLine>
-CKorIniDocument<TLine>::~CKorIniDocument()
-{
-    Clear(m_oRule);
-}
 
 template <class TLine>
 void CKorIniDocument<TLine>::Use(CKorIniNameRule oRule, bool bShared)
@@ -319,8 +313,7 @@ template <class TLine>
 void CKorIniDocument<TLine>::InsertBehindFirst(std::unique_ptr<TLine> pLine)
 {
     if (!m_oIndex.IsComplete()) {
-        const auto itFirst = Search({pLine->m_strSection, {}});
-        const auto itLine = m_apLines.insert(itFirst + 1, nullptr);
+        const auto itLine = m_apLines.insert(Search({pLine->m_strSection, {}}) + 1, nullptr);
         *itLine = pLine.release();
         return;
     }

@@ -66,23 +66,29 @@ bool CKorSafeIniFile::UpdateOptions(bool bWriteBack)
     if (!Read(oImage))
         return false;
 
-    const CKorIniNameRule oRule(m_bCaseSensitiv);
-    CKorIniWatch oWatch(oRule, oImage.m_strContent);
+    CKorIniWatch oWatch(CKorIniNameRule(m_bCaseSensitiv), oImage.m_strContent);
     CKorIniFile oNoFile;
     oNoFile.SetCasesensitiv(m_bCaseSensitiv);
     CKorIniOptionExchange oExchange(&oNoFile, bWriteBack);
     oWatch.Attach(oExchange);
     DoOptionExchange(&oExchange);
 
-    m_vecFindings = std::move(oWatch.Findings());
-    KorIniAddLineNumbers(oImage.m_strContent, oRule, m_vecFindings);
-    const bool bComplete = m_vecFindings.empty();
-    if (m_bReportUnknown)
-        KorIniAddUnknown(oImage.m_strContent, oRule, oWatch.Names(), m_vecFindings);
+    const bool bComplete = oWatch.Findings().empty();
+    TakeFindings(oWatch, oImage);
     if (!bWriteBack)
         return true;
     m_nLastError = bComplete ? m_nLastError : EINVAL;
     return bComplete && Write(oImage, ChangesOf(oExchange, oWatch));
+}
+
+/// Takes over what the exchange found, with line numbers, and looks for unknown options if asked.
+void CKorSafeIniFile::TakeFindings(CKorIniWatch& roWatch, const SKorFileImage& oRead)
+{
+    const CKorIniNameRule oRule(m_bCaseSensitiv);
+    m_vecFindings = std::move(roWatch.Findings());
+    KorIniAddLineNumbers(oRead.m_strContent, oRule, m_vecFindings);
+    if (m_bReportUnknown)
+        KorIniAddUnknown(oRead.m_strContent, oRule, roWatch.Names(), m_vecFindings);
 }
 
 std::string CKorSafeIniFile::ReadOption(const char* pszSection, const char* pszOption,

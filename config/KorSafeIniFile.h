@@ -32,6 +32,7 @@
 /// @addtogroup settings
 /// @{
 
+class CKorIniWatch;
 class CKorLockedFile;
 struct SKorFileImage;
 struct SKorIniChange;
@@ -166,6 +167,7 @@ private:
     TARVO_EXT_LOCAL void Begin();
     TARVO_EXT_LOCAL bool Fail(const char* pszDoing, int nError);
     TARVO_EXT_LOCAL bool Read(SKorFileImage& roImage);
+    TARVO_EXT_LOCAL void TakeFindings(CKorIniWatch& roWatch, const SKorFileImage& oRead);
     TARVO_EXT_LOCAL bool Apply(const SKorIniChange& oChange);
     TARVO_EXT_LOCAL bool Check(const SKorFileImage& oRead, const SKorIniChange& oChange);
     TARVO_EXT_LOCAL bool Write(const SKorFileImage& oRead,
