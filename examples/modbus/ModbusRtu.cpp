@@ -30,45 +30,22 @@ void AppendWord(std::string& strBytes, unsigned int nWord)
 
 void ModbusCounters::Count(EModbusResult eResult)
 {
-    switch (eResult) {
-    case MODBUS_OK:
-        break;
-    case MODBUS_TIMEOUT:
+    if (eResult == MODBUS_TIMEOUT)
         ++nTimeouts;
-        break;
-    case MODBUS_BAD_CRC:
+    else if (eResult == MODBUS_BAD_CRC)
         ++nCrcErrors;
-        break;
-    case MODBUS_EXCEPTION:
+    else if (eResult == MODBUS_EXCEPTION)
         ++nExceptions;
-        break;
-    default:
+    else if (eResult != MODBUS_OK)
         ++nOtherErrors;
-        break;
-    }
 }
 
 const char* ModbusResultText(EModbusResult eResult)
 {
-    switch (eResult) {
-    case MODBUS_OK:
-        return "ok";
-    case MODBUS_TIMEOUT:
-        return "time-out";
-    case MODBUS_BAD_CRC:
-        return "bad CRC";
-    case MODBUS_EXCEPTION:
-        return "exception";
-    case MODBUS_WRONG_STATION:
-        return "wrong station";
-    case MODBUS_MALFORMED:
-        return "malformed answer";
-    case MODBUS_SEND_ERROR:
-        return "cannot send";
-    case MODBUS_HUNG_UP:
-        return "the line hung up";
-    }
-    return "";
+    static constexpr const char* TEXTS[] = {"ok",          "time-out",        "bad CRC",
+                                            "exception",   "wrong station",   "malformed answer",
+                                            "cannot send", "the line hung up"};
+    return TEXTS[eResult];
 }
 
 std::uint16_t ModbusCrc(const std::string& strBytes)

@@ -121,12 +121,20 @@ int ListOptions(bool bCaseSensitive, const Words& vecOperands)
         return FailFile(oFile);
     const CKorIniNameRule oRule(bCaseSensitive);
     const auto IsSection = [&](const auto& str) { return oRule.Equal(str, vecOperands[1]); };
-    Words vecOptions;
-    oFile.ReadAllSectionEntries(vecOperands[1].c_str(), vecOptions);
     if (!vecOperands[1].empty() && std::none_of(vecSections.begin(), vecSections.end(), IsSection))
         return FailMissing(vecOperands);
+    Words vecOptions;
+    oFile.ReadAllSectionEntries(vecOperands[1].c_str(), vecOptions);
     PrintLines(vecOptions);
     return STATUS_DONE;
+}
+
+CKorOptionParser::EResult Parse(CKorOptionParser& roParser, const Words& vecWords)
+{
+    std::vector<const char*> vecArguments = {"inictl"};
+    for (const std::string& strWord : vecWords)
+        vecArguments.push_back(strWord.c_str());
+    return roParser.Parse(static_cast<int>(vecArguments.size()), vecArguments.data());
 }
 
 int List(bool bCaseSensitive, const Words& vecOperands)
@@ -136,10 +144,7 @@ int List(bool bCaseSensitive, const Words& vecOperands)
     CKorOptionParser oParser(Identity("inictl list"));
     oParser.AddFlag("json", bJson, "print a JSON object");
     oParser.AddArgument("FILE", strFile, "the INI file");
-    std::vector<const char*> vecArguments = {"inictl"};
-    for (const std::string& strWord : vecOperands)
-        vecArguments.push_back(strWord.c_str());
-    const auto eResult = oParser.Parse(static_cast<int>(vecArguments.size()), vecArguments.data());
+    const auto eResult = Parse(oParser, vecOperands);
     (eResult == CKorOptionParser::PARSE_WRONG ? std::cerr : std::cout) << oParser.GetText();
     if (eResult != CKorOptionParser::PARSE_OK)
         return eResult == CKorOptionParser::PARSE_DONE ? STATUS_DONE : STATUS_ERROR;
@@ -150,6 +155,12 @@ int List(bool bCaseSensitive, const Words& vecOperands)
     const CIniListing oListing(strText, CKorIniNameRule(bCaseSensitive));
     std::cout << (bJson ? oListing.Json() : oListing.Lines());
     return STATUS_DONE;
+}
+
+void PrintFindings(const std::string& strFile, const std::vector<SKorIniFinding>& vecFindings)
+{
+    for (const SKorIniFinding& oFinding : vecFindings)
+        std::cout << strFile << ':' << oFinding.m_nLine << ": " << oFinding.m_strText << '\n';
 }
 
 int Check(bool bCaseSensitive, const Words& vecOperands)
@@ -164,8 +175,7 @@ int Check(bool bCaseSensitive, const Words& vecOperands)
     vecFindings.insert(vecFindings.end(), vecMore.begin(), vecMore.end());
     std::stable_sort(vecFindings.begin(), vecFindings.end(),
                      [](const auto& a, const auto& b) { return a.m_nLine < b.m_nLine; });
-    for (const SKorIniFinding& oFinding : vecFindings)
-        std::cout << strFile << ':' << oFinding.m_nLine << ": " << oFinding.m_strText << '\n';
+    PrintFindings(strFile, vecFindings);
     return vecFindings.empty() ? STATUS_DONE : STATUS_FINDINGS;
 }
 

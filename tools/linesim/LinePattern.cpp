@@ -1,11 +1,11 @@
 #include "tools/linesim/LinePattern.h"
 
+#include "config/KorTextValue.h"
 #include "text/KorHexText.h"
 #include "tools/linesim/Crc16.h"
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
 
 namespace
 {
@@ -33,6 +33,16 @@ bool TakeWord(const std::string& strText, std::size_t& nPos, const char* pszWord
     return true;
 }
 
+/// The byte that has these two digits, or -1.
+int TakeByte(const std::string& strText, std::size_t& nPos)
+{
+    std::string strByte;
+    if (!KorFromHexText(strText.substr(nPos, 2), strByte) || strByte.size() != 1)
+        return -1;
+    nPos += 2;
+    return static_cast<unsigned char>(strByte[0]);
+}
+
 /// The character that stands behind a backslash, or -1.
 int TakeEscape(const std::string& strText, std::size_t& nPos)
 {
@@ -41,13 +51,8 @@ int TakeEscape(const std::string& strText, std::size_t& nPos)
     if (nPos >= strText.size())
         return -1;
     const char c = strText[nPos++];
-    if (c == 'x') {
-        std::string strByte;
-        if (!KorFromHexText(strText.substr(nPos, 2), strByte) || strByte.size() != 1)
-            return -1;
-        nPos += 2;
-        return static_cast<unsigned char>(strByte[0]);
-    }
+    if (c == 'x')
+        return TakeByte(strText, nPos);
     const std::size_t nName = std::string(NAMES).find(c);
     return nName == std::string::npos ? -1 : static_cast<unsigned char>(VALUES[nName]);
 }
@@ -78,6 +83,19 @@ bool TakeDigits(const std::string& strText, std::size_t& nPos, std::vector<int>&
         vecItems.push_back(static_cast<unsigned char>(c));
     nPos = nEnd;
     return true;
+}
+
+/// The number in "{4}" when it stands at the position, and 1 when there is none; 0 when it cannot be
+/// read.
+std::size_t TakeTimes(const std::string& strText, std::size_t& nPos)
+{
+    if (!TakeWord(strText, nPos, "{"))
+        return 1;
+    const std::size_t nEnd = std::min(strText.find('}', nPos), strText.size());
+    std::size_t nTimes = 0;
+    const bool bRead = KorReadText(strText.substr(nPos, nEnd - nPos), nTimes);
+    nPos = nEnd;
+    return bRead && TakeWord(strText, nPos, "}") ? nTimes : 0;
 }
 
 } // namespace
@@ -126,17 +144,12 @@ bool LinePattern::ParseItem(const std::string& strText, std::size_t& nPos, std::
 bool LinePattern::Repeat(const std::string& strText, std::size_t& nPos, std::size_t nFirst)
 {
     const std::size_t nLength = m_vecItems.size() - nFirst;
-    if (TakeWord(strText, nPos, "{")) {
-        const bool bDigit = nPos < strText.size() && std::isdigit(strText[nPos]) != 0;
-        char* pszEnd = nullptr;
-        const unsigned long nTimes = std::strtoul(strText.c_str() + nPos, &pszEnd, 10);
-        nPos = static_cast<std::size_t>(pszEnd - strText.c_str());
-        if (!bDigit || nTimes == 0 || nTimes > MAX_ITEMS || nLength * nTimes > MAX_ITEMS ||
-            m_nGap == nFirst || !TakeWord(strText, nPos, "}"))
-            return false;
-        for (std::size_t i = nLength; i < nLength * nTimes; ++i)
-            m_vecItems.push_back(m_vecItems[nFirst + i - nLength]);
-    }
+    const bool bGap = m_nGap == nFirst && TakeWord(strText, nPos, "{");
+    const std::size_t nTimes = TakeTimes(strText, nPos);
+    if (bGap || nTimes == 0 || nLength > MAX_ITEMS / nTimes)
+        return false;
+    for (std::size_t i = nLength; i < nLength * nTimes; ++i)
+        m_vecItems.push_back(m_vecItems[nFirst + i - nLength]);
     return m_vecItems.size() <= MAX_ITEMS && (nPos == strText.size() || IsBlank(strText[nPos]));
 }
 
