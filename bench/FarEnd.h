@@ -3,14 +3,14 @@
 /// @file
 /// The far end of a serial line, in a process of its own, and what this end costs.
 
+#include "bench/RawTerminal.h"
+
 #include <cstddef>
 #include <ctime>
-#include <fcntl.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string>
 #include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
 
 constexpr unsigned int TIMEOUT = 60000;
@@ -22,15 +22,7 @@ const std::string LINE = std::string(LENGTH - 1, 'x') + "\n";
 class FarEnd
 {
 public:
-    FarEnd() : m_nMaster(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
-    {
-        grantpt(m_nMaster);
-        unlockpt(m_nMaster);
-        termios oSettings;
-        tcgetattr(m_nMaster, &oSettings);
-        cfmakeraw(&oSettings);
-        tcsetattr(m_nMaster, TCSANOW, &oSettings);
-    }
+    FarEnd() : m_nMaster(OpenRawTerminal()) {}
     ~FarEnd()
     {
         if (m_nProcess > 0) {

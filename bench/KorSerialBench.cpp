@@ -2,17 +2,16 @@
 /// What an open port costs while it is idle and while it receives, and what the buffer between
 /// the receive thread and the application costs.
 
+#include "bench/RawTerminal.h"
 #include "serial/KorSerial.h"
 #include "text/KorMutexBuffer.h"
 
 #include <benchmark/benchmark.h>
 #include <ctime>
-#include <fcntl.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string>
 #include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
 
 namespace
@@ -25,14 +24,8 @@ constexpr long CHARACTERS_PER_SECOND = 11520; // 115,200 baud, ten bits a charac
 class PortOnALine
 {
 public:
-    PortOnALine() : m_nFarEnd(posix_openpt(O_RDWR | O_NOCTTY))
+    PortOnALine() : m_nFarEnd(OpenRawTerminal())
     {
-        grantpt(m_nFarEnd);
-        unlockpt(m_nFarEnd);
-        termios oSettings;
-        tcgetattr(m_nFarEnd, &oSettings);
-        cfmakeraw(&oSettings);
-        tcsetattr(m_nFarEnd, TCSANOW, &oSettings);
         m_oPort.open(ptsname(m_nFarEnd), CKorSerial::BAUD_115200, CKorSerial::PARITY_NONE,
                      CKorSerial::STOPBITS_1, CKorSerial::BYTESIZE_8, nullptr);
     }

@@ -3,15 +3,14 @@
 /// port that keeps it in its buffer, and libserialport reading into one array.
 
 #include "bench/LibserialportLine.h"
+#include "bench/RawTerminal.h"
 #include "serial/KorSerial.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdlib>
-#include <fcntl.h>
 #include <signal.h>
 #include <string>
 #include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
 #include <vector>
 
@@ -24,15 +23,7 @@ constexpr unsigned int SIZE = 1048576;
 class SendingLine
 {
 public:
-    SendingLine() : m_nFarEnd(posix_openpt(O_RDWR | O_NOCTTY))
-    {
-        grantpt(m_nFarEnd);
-        unlockpt(m_nFarEnd);
-        termios oSettings;
-        tcgetattr(m_nFarEnd, &oSettings);
-        cfmakeraw(&oSettings);
-        tcsetattr(m_nFarEnd, TCSANOW, &oSettings);
-    }
+    SendingLine() : m_nFarEnd(OpenRawTerminal()) {}
     ~SendingLine()
     {
         if (m_nSender > 0) {

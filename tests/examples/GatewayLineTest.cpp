@@ -2,10 +2,9 @@
 
 #include "tests/examples/GatewayTest.h"
 #include "tests/support/Emulation.h"
+#include "tests/support/EntriesOf.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <signal.h>
 #include <unistd.h>
 
@@ -86,13 +85,6 @@ TEST(GatewayLine, RefusesADeviceThatAnotherInstanceHas)
     EXPECT_TRUE(Holds(oFirst.Wait().strErr, " 0 time-outs"));
 }
 
-/// How many descriptors a process has open.
-std::ptrdiff_t OpenDescriptors(pid_t nProcess)
-{
-    const std::filesystem::directory_iterator oFirst("/proc/" + std::to_string(nProcess) + "/fd");
-    return std::distance(oFirst, std::filesystem::directory_iterator());
-}
-
 TEST(GatewayLine, OutlivesAHundredUnpluggingsAsSessionLeader)
 {
     const int nTimes = UnderEmulation() ? 10 : 100;
@@ -114,13 +106,14 @@ TEST(GatewayLine, OutlivesAHundredUnpluggingsAsSessionLeader)
         return nCount;
     };
     ASSERT_TRUE(WaitUntil([&] { return fnOpened() >= 2; }));
-    const std::ptrdiff_t nBefore = OpenDescriptors(oGateway.Id());
+    const std::string strDescriptors = "/proc/" + std::to_string(oGateway.Id()) + "/fd";
+    const std::ptrdiff_t nBefore = EntriesOf(strDescriptors);
     ASSERT_TRUE(WaitUntil([&] { return fnOpened() >= nTimes; })) << fnOpened();
     const std::size_t nLog = oGateway.ErrorsSoFar().size();
     EXPECT_TRUE(
         WaitUntil([&] { return oGateway.ErrorsSoFar().find(" kWh", nLog) != std::string::npos; }));
     constexpr std::ptrdiff_t PASSING = 4; // the line, and files that are written just now
-    EXPECT_LE(OpenDescriptors(oGateway.Id()), nBefore + PASSING);
+    EXPECT_LE(EntriesOf(strDescriptors), nBefore + PASSING);
     oGateway.Signal(SIGTERM);
     EXPECT_EQ(0, oGateway.Wait().nExitStatus);
 }

@@ -5,11 +5,11 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Confinement.h"
 #include "tests/support/Emulation.h"
+#include "tests/support/EntriesOf.h"
 #include "tests/support/Patience.h"
 
 #include <cerrno>
 #include <csignal>
-#include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/filter.h>
@@ -38,20 +38,10 @@ TEST(KorChildFork, TheProgramsChildIsNotTheForkedProcesss)
     EXPECT_TRUE(pChild->Stop(0));
 }
 
-size_t EntriesOf(const char* pszDirectory)
-{
-    DIR* const pDirectory = opendir(pszDirectory);
-    size_t nEntries = 0;
-    while (readdir(pDirectory) != nullptr)
-        ++nEntries;
-    closedir(pDirectory);
-    return nEntries;
-}
-
 TEST(KorChildLoad, TenThousandStartsLeaveNothingBehind)
 {
-    const size_t nHandles = EntriesOf("/proc/self/fd");
-    const size_t nThreads = EntriesOf("/proc/self/task");
+    const std::ptrdiff_t nHandles = EntriesOf("/proc/self/fd");
+    const std::ptrdiff_t nThreads = EntriesOf("/proc/self/task");
     CKorChild oChild;
     Options oOptions;
     oOptions.m_eInput = oOptions.m_eOutput = oOptions.m_eError = Options::STREAM_PIPE;
@@ -140,7 +130,7 @@ TEST(KorChildOldKernel, ClosesDescriptorsAlsoWithoutTheListOfThem)
 TEST(KorChildLoad, HandlesThatCannotBeHadAreToldAndNoneIsLost)
 {
     ChildProcess oAlone([] {
-        const size_t nHandles = EntriesOf("/proc/self/fd");
+        const std::ptrdiff_t nHandles = EntriesOf("/proc/self/fd");
         Options oOptions;
         oOptions.m_eInput = oOptions.m_eOutput = oOptions.m_eError = Options::STREAM_PIPE;
         for (rlim_t nLimit = 3; nLimit < 30; ++nLimit) {

@@ -6,6 +6,7 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Confinement.h"
 #include "tests/support/Emulation.h"
+#include "tests/support/EntriesOf.h"
 #include "tests/support/ScratchDir.h"
 
 #include <cerrno>
@@ -38,11 +39,6 @@ bool IsWhole(const std::string& strContent)
 class KorWholeFileFault : public testing::Test
 {
 protected:
-    size_t Entries() const
-    {
-        const std::filesystem::directory_iterator oAll(m_oDir.Path());
-        return static_cast<size_t>(std::distance(begin(oAll), end(oAll)));
-    }
     /// Replaces the file for ever.
     int WriteForEver() const
     {
@@ -70,7 +66,7 @@ TEST_F(KorWholeFileFault, EachCallThatFailsIsToldAndLeavesAWholeFile)
         m_strNew += strNow == Content('1') ? "1" : strNow == Content('0') ? "0" : "?";
         EXPECT_EQ(strFailed.empty(), bResult) << strFailed;
         EXPECT_EQ(strFailed.empty() ? 0 : EIO, nError) << strFailed;
-        EXPECT_EQ(1U, Entries()) << strFailed;
+        EXPECT_EQ(1, EntriesOf(m_oDir.Path())) << strFailed;
     };
     WriteFile(m_strFile, Content('0'));
     EXPECT_EQ("open open open write fchown fsync rename fsync ", FailEachCall(EIO, fnRun, fnLook));
@@ -116,10 +112,10 @@ TEST_F(KorWholeFileFault, AKilledWriterLeavesAWholeFileAndNothingThatStays)
         oChild.Signal(SIGKILL);
         ASSERT_EQ(SIGKILL, oChild.Wait().nSignal);
         ASSERT_TRUE(IsWhole(ReadFile(m_strFile)));
-        ASSERT_GE(2U, Entries());
+        ASSERT_GE(2, EntriesOf(m_oDir.Path()));
     }
     EXPECT_TRUE(KorReplaceFile(m_strFile.c_str(), Content('a')));
-    EXPECT_EQ(1U, Entries());
+    EXPECT_EQ(1, EntriesOf(m_oDir.Path()));
 }
 
 TEST_F(KorWholeFileFault, AFullDiskIsTold)
@@ -137,7 +133,7 @@ TEST_F(KorWholeFileFault, AFullDiskIsTold)
         EXPECT_EQ(ENOSPC, errno);
         pWatch.reset();
         EXPECT_EQ(std::string(20000, 'a'), ReadFile(m_strFile));
-        EXPECT_EQ(1U, Entries());
+        EXPECT_EQ(1, EntriesOf(m_oDir.Path()));
         EXPECT_TRUE(KorReplaceFile(m_strFile.c_str(), std::string(30000, 'c')));
     });
 }
@@ -151,7 +147,7 @@ TEST_F(KorWholeFileFault, ASizeLimitIsToldAndEndsNoProcess)
         EXPECT_FALSE(KorReplaceFile(m_strFile.c_str(), Content('b') + "x"));
         EXPECT_EQ(EFBIG, errno);
         EXPECT_EQ(Content('a'), ReadFile(m_strFile));
-        EXPECT_EQ(1U, Entries());
+        EXPECT_EQ(1, EntriesOf(m_oDir.Path()));
         EXPECT_TRUE(KorReplaceFile(m_strFile.c_str(), Content('b')));
     });
     EXPECT_EQ(Content('b'), ReadFile(m_strFile));
@@ -185,7 +181,7 @@ TEST_F(KorWholeFileFault, WritersInThreadsTakeTurns)
     for (std::thread& oWriter : vecWriters)
         oWriter.join();
     EXPECT_TRUE(IsWhole(ReadFile(m_strFile)));
-    EXPECT_EQ(1U, Entries());
+    EXPECT_EQ(1, EntriesOf(m_oDir.Path()));
 }
 
 TEST_F(KorWholeFileFault, NoCopyIsEverReadableByMorePeopleThanTheFile)

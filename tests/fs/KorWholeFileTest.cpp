@@ -2,6 +2,7 @@
 
 #include "tests/fs/WholeFileTest.h"
 #include "tests/support/Confinement.h"
+#include "tests/support/EntriesOf.h"
 #include "tests/support/ScratchDir.h"
 
 #include <cerrno>
@@ -215,17 +216,13 @@ TEST_F(KorWholeFile, GivesUpAfterTwoSecondsInWhichAnotherHoldsTheDirectory)
 
 TEST_F(KorWholeFile, LeavesNoDescriptorBehind)
 {
-    const auto fnCount = [] {
-        const std::filesystem::directory_iterator oAll("/proc/self/fd");
-        return std::distance(begin(oAll), end(oAll));
-    };
     std::string strRead;
-    const auto nBefore = fnCount();
+    const auto nBefore = EntriesOf("/proc/self/fd");
     EXPECT_EQ(0, Replace(m_strFile, "1"));
     EXPECT_EQ(0, Replace(m_strFile, "2"));
     EXPECT_EQ(EINVAL, Replace(m_oDir.Path(), "3"));
     EXPECT_TRUE(KorReadFile(m_strFile.c_str(), strRead));
-    EXPECT_EQ(nBefore, fnCount());
+    EXPECT_EQ(nBefore, EntriesOf("/proc/self/fd"));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "serial/KorSerial.h"
 #include "tests/serial/SerialTestPort.h"
+#include "tests/support/EntriesOf.h"
 #include "tests/support/Patience.h"
 #include "tests/support/PseudoTerminal.h"
 #include "tests/support/SerialResult.h"
@@ -8,7 +9,6 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <list>
@@ -51,16 +51,6 @@ void WaitForFirstCharacter(CKorSerial& oPort)
 {
     while (oPort.GetReceivedData().empty())
         std::this_thread::yield();
-}
-
-int EntriesOf(const char* pszDirectory)
-{
-    DIR* const pDirectory = opendir(pszDirectory);
-    int nEntries = 0;
-    while (readdir(pDirectory) != nullptr)
-        ++nEntries;
-    closedir(pDirectory);
-    return nEntries;
 }
 
 /// A receive thread from the outside: the thread that has come since the object was made.
@@ -109,7 +99,7 @@ TEST_F(KorSerialRobustness, OpensAndClosesAThousandTimes)
     constexpr int PORTS = 20;
     const int nRounds = OnSlowGround() ? 10 : 50;
     std::list<PseudoTerminal> lstLines(PORTS);
-    const int nDescriptors = EntriesOf("/proc/self/fd");
+    const std::ptrdiff_t nDescriptors = EntriesOf("/proc/self/fd");
     std::vector<std::thread> vecThreads;
     for (PseudoTerminal& oLine : lstLines) {
         oLine.MakeRaw();
