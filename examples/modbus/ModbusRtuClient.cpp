@@ -53,7 +53,7 @@ bool ModbusRtuClient::Start(const ModbusRequest& oRequest, Handler fnHandler)
     m_fnHandler = std::move(fnHandler);
     m_nRetriesLeft = m_nRetries;
     m_eState = STATE_HELD;
-    After(m_oLateness ? m_oLateness->GetRemaining() : 0, &ModbusRtuClient::Send);
+    After(m_oHold ? m_oHold->GetRemaining() : 0, &ModbusRtuClient::Send);
     return true;
 }
 
@@ -115,7 +115,7 @@ void ModbusRtuClient::Look()
 void ModbusRtuClient::TimeOut()
 {
     if (m_eSoFar == MODBUS_TIMEOUT || m_eSoFar == MODBUS_WRONG_STATION)
-        m_oLateness.emplace(m_nTimeout);
+        m_oHold.emplace(m_nTimeout);
     Conclude(m_eSoFar);
 }
 
@@ -137,6 +137,8 @@ void ModbusRtuClient::Conclude(EModbusResult eResult)
 
 void ModbusRtuClient::Finish(EModbusResult eResult)
 {
+    if (!m_oHold || m_oHold->GetRemaining() < m_nTurnAround)
+        m_oHold.emplace(m_nTurnAround);
     m_eState = STATE_IDLE;
     const Handler fnHandler = std::exchange(m_fnHandler, nullptr);
     const std::vector<std::uint16_t> vecValues = std::exchange(m_vecValues, {});

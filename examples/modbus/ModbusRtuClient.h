@@ -47,6 +47,9 @@ public:
     /// Sets what the constructor was given, from the next request on.
     void SetLimits(unsigned int nTimeout, unsigned int nRetries);
 
+    /// Sets how long the line rests between an answer and the next request, in ms; 0 at first.
+    void SetTurnAround(unsigned int nMilliseconds) { m_nTurnAround = nMilliseconds; }
+
     /// Reads registers. Repeats after every failure but an exception, which is an answer, and a
     /// hang-up.
     /// @return false while another request runs
@@ -71,7 +74,7 @@ private:
     enum EState
     {
         STATE_IDLE,
-        STATE_HELD,   // a late answer may still come
+        STATE_HELD,   // a late answer may still come, or the line rests
         STATE_ASKED,  // waits for the answer
         STATE_PAUSED, // before a repetition
     };
@@ -89,6 +92,7 @@ private:
     CKorSerialLine& m_oLine;
     unsigned int m_nTimeout;
     unsigned int m_nRetries;
+    unsigned int m_nTurnAround = 0;
     EState m_eState = STATE_IDLE;
     ModbusRequest m_oRequest = {};
     Handler m_fnHandler;
@@ -96,7 +100,7 @@ private:
     std::string m_strReceived;
     std::vector<std::uint16_t> m_vecValues;
     EModbusResult m_eSoFar = MODBUS_TIMEOUT;
-    std::optional<CKorTimeout> m_oLateness; // until then an answer to a former request may come
+    std::optional<CKorTimeout> m_oHold; // until then nothing is sent
     int m_nLineTicket = 0;
     int m_nTimer = 0;
     int m_nSilence = 0;
