@@ -1,14 +1,18 @@
 /// @file
-/// A simulated Modbus RTU meter on a pseudo-terminal of its own, the device name of which is the
-/// first line printed. Ends on SIGINT and SIGTERM and says then what it served.
+/// A simulated Modbus RTU meter, or several on one line, on a pseudo-terminal of its own, the device
+/// name of which is the first line printed. Ends on SIGINT and SIGTERM and says then what it served.
 
 #include "app/KorDaemonApplication.h"
+#include "config/KorTextValue.h"
 #include "examples/meter/Meter.h"
 #include "examples/meter/MeterLine.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace
 {
@@ -29,6 +33,8 @@ public:
     void DeclareOptions(CKorOptionParser& rParser) override
     {
         rParser.AddOption("station", "N", m_nStation, "station address, 1 to 247 (1)");
+        rParser.AddOption("units", "FIRST-LAST", m_strUnits,
+                          "one meter on each of these addresses of the line");
         rParser.AddOption("late", "MS", m_oDisturbance.nLateMs, "answer late");
         rParser.AddFlag("badcrc", m_oDisturbance.bBadCrc, "answer with a wrong CRC");
         rParser.AddFlag("silent", m_oDisturbance.bSilent, "do not answer");
@@ -44,7 +50,11 @@ public:
             return Refuse(EXIT_WRONG_USAGE, "--station is not in 1 to 247");
         if (m_oDisturbance.nEvery == 0)
             return Refuse(EXIT_WRONG_USAGE, "--every is 0");
-        m_oMeter.emplace(static_cast<std::uint8_t>(m_nStation), m_oDisturbance);
+        m_nLast = m_nStation;
+        if (!m_strUnits.empty() && !TakeUnits())
+            return Refuse(EXIT_WRONG_USAGE, "--units is no range in 1 to 247, such as 1-10");
+        for (unsigned int nUnit = m_nStation; nUnit <= m_nLast; ++nUnit)
+            m_vecMeters.emplace_back(static_cast<std::uint8_t>(nUnit), m_oDisturbance);
         m_oLine.emplace(GetLoop(), MODBUS_REQUEST_LENGTH,
                         [this](const std::string& strRequest) { Answer(strRequest); });
         if (!m_oLine->IsOpen())
@@ -56,9 +66,9 @@ public:
 
     int Finalize() override
     {
-        if (m_oMeter)
-            std::printf("Served %u requests, %u of them disturbed.\n", m_oMeter->Requests(),
-                        m_oMeter->Disturbed());
+        if (!m_vecMeters.empty())
+            std::printf("Served %u requests, %u of them disturbed.\n", Sum(&Meter::Requests),
+                        Sum(&Meter::Disturbed));
         std::fflush(stdout); // while signals still only ask for the end
         return CKorDaemonApplication::Finalize();
     }
@@ -71,11 +81,31 @@ private:
         return false;
     }
 
+    bool TakeUnits()
+    {
+        const std::size_t nDash = std::min(m_strUnits.find('-'), m_strUnits.size());
+        const std::string_view strUnits = m_strUnits;
+        return KorReadText(strUnits.substr(0, nDash), m_nStation) && nDash < strUnits.size() &&
+               KorReadText(strUnits.substr(nDash + 1), m_nLast) && m_nStation >= 1 &&
+               m_nStation <= m_nLast && m_nLast <= 247;
+    }
+
+    unsigned int Sum(unsigned int (Meter::*pfnCount)() const) const
+    {
+        unsigned int nSum = 0;
+        for (const Meter& oMeter : m_vecMeters)
+            nSum += (oMeter.*pfnCount)();
+        return nSum;
+    }
+
     void Answer(const std::string& strRequest)
     {
         if (IsDone())
             return;
-        const MeterAnswer oAnswer = m_oMeter->Answer(strRequest);
+        const unsigned int nUnit = static_cast<unsigned char>(strRequest[0]);
+        const bool bOurs = nUnit >= m_nStation && nUnit <= m_nLast;
+        const MeterAnswer oAnswer =
+            bOurs ? m_vecMeters[nUnit - m_nStation].Answer(strRequest) : MeterAnswer();
         GetLoop().CallAfter(oAnswer.nDelayMs, [this, oAnswer] {
             if (oAnswer.bHangUp)
                 m_oLine->HangUp();
@@ -86,12 +116,14 @@ private:
         });
     }
 
-    bool IsDone() const { return m_nCount != 0 && m_oMeter->Requests() >= m_nCount; }
+    bool IsDone() const { return m_nCount != 0 && Sum(&Meter::Requests) >= m_nCount; }
 
-    unsigned int m_nStation = 1;
+    unsigned int m_nStation = 1; // of the first meter
+    unsigned int m_nLast = 1;    // of the last one
+    std::string m_strUnits;
     unsigned int m_nCount = 0;
     MeterDisturbance m_oDisturbance;
-    std::optional<Meter> m_oMeter;
+    std::vector<Meter> m_vecMeters;
     std::optional<MeterLine> m_oLine;
 };
 
