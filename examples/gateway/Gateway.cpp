@@ -1,43 +1,44 @@
-#include "Gateway.h"
+#include "examples/gateway/Gateway.h"
 
 #include "app/KorLog.h"
-#include "time/KorZoneTime.h"
+#include "app/KorServiceNotify.h"
+#include "examples/gateway/MeterReports.h"
+#include "time/KorTimeDiff.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
 namespace
 {
 
-// Energy (two registers, Wh), voltage (0.1 V), current (0.01 A), power (W).
-constexpr std::uint16_t METER_REGISTERS = 5;
+constexpr unsigned int FAREWELL_MS = 3000;
+constexpr int EXIT_UNREADABLE = 2;
 
 std::string Banner(const CKorApplicationInfo& oInfo)
 {
     return oInfo.GetVersionString() + ", " + oInfo.GetCopyrightString();
 }
 
-/// A number with its decimal point put before the last @p nDecimals digits.
-std::string Fixed(unsigned long nValue, unsigned int nDecimals)
-{
-    std::string strDigits = std::to_string(nValue);
-    if (strDigits.size() <= nDecimals)
-        strDigits.insert(0, nDecimals + 1 - strDigits.size(), '0');
-    return nDecimals == 0 ? strDigits : strDigits.insert(strDigits.size() - nDecimals, 1, '.');
-}
-
 /// Logs what is wrong with an INI file, one line a finding.
 void LogFindings(const CKorSafeIniFile& oFile)
 {
     for (const SKorIniFinding& oFinding : oFile.GetFindings())
-        KorGetLog().Write(CKorLog::LEVEL_ERROR, "%s:%u: %s", oFile.GetIniFileName().c_str(),
-                          oFinding.m_nLine, oFinding.m_strText.c_str());
+        KorGetLog().Write(CKorLog::LEVEL_ERROR, "%s",
+                          FindingText(oFile.GetIniFileName(), oFinding).c_str());
 }
 
 } // namespace
 
-Gateway::Gateway() : CKorDaemonApplication(nullptr, "gateway", nullptr)
+Gateway::Gateway()
+    : CKorDaemonApplication(nullptr, "gateway", nullptr),
+      m_oOutlet(GetLoop()),
+      m_oPoller(GetLoop(), m_oOutlet),
+      m_oCommands(m_oPoller, m_oOutlet, m_pSettings, [this] { return Reload(); }),
+      m_oControl(GetLoop(), [this](const std::string& strRequest, const ControlReply& fnReply) {
+          m_oCommands.Answer(strRequest, fnReply);
+      })
 {
     m_oInfo = CKorApplicationInfo("gateway", TARVO_VERSION, "Quentor GmbH", "Meter gateway",
                                   "www.quentor.example", nullptr);
@@ -47,12 +48,20 @@ void Gateway::DeclareOptions(CKorOptionParser& rParser)
 {
     rParser.AddOption("c,config", "FILE", m_strSettingsFile,
                       "the INI file (gateway.ini beside the program)");
-    rParser.AddFlag("once", m_bOnce, "poll once and end; exit status 1 without a reading");
+    rParser.AddOption("check", "FILE", m_strCheckFile,
+                      "only say what is wrong with an INI file; exit status 1 when something is, 2 "
+                      "when it cannot be read");
+    rParser.AddFlag("once", m_bOnce,
+                    "poll each meter once and end; exit status 1 unless all answered");
     rParser.AddFlag("v,verbose", m_bVerbose, "show every telegram");
 }
 
 bool Gateway::Initialize()
 {
+    if (!m_strCheckFile.empty()) {
+        RequestEnd(Check());
+        return false;
+    }
     if (m_bVerbose)
         KorGetLog().SetLevel(CKorLog::LEVEL_DEBUG);
     KorGetLog().Write(CKorLog::LEVEL_INFO, "%s", Banner(GetInfo()).c_str());
@@ -60,13 +69,28 @@ bool Gateway::Initialize()
                       Banner(CKorApplicationInfo::GetLibraryInfo()).c_str());
     if (!LoadSettings() || !HoldPidFile())
         return false;
-    m_pMeter = std::make_unique<GatewayLine>(GetLoop(), *m_pSettings);
-    if (!m_pMeter->Open() && m_bOnce)
-        return Fail("set [Line] Device in " + m_pSettings->GetIniFileName() +
-                    " to the meter's line");
-    GetLoop().Post([this] { Poll(); });
-    StartTimers();
+    if (!Apply())
+        return Fail("another process has the store " + m_pSettings->m_oStore.m_strFile);
+    if (m_bOnce)
+        PollOnce();
+    else
+        OpenControl();
     return true;
+}
+
+int Gateway::Check() const
+{
+    GatewaySettings oSettings(m_strCheckFile.c_str(), CKorIniFile::PATH_UNCHANGED);
+    const bool bGood = oSettings.Load();
+    for (const SKorIniFinding& oFinding : oSettings.GetFindings())
+        std::puts(FindingText(m_strCheckFile, oFinding).c_str());
+    if (bGood)
+        std::printf("%s: good\n", m_strCheckFile.c_str());
+    std::fflush(stdout);
+    if (bGood)
+        return EXIT_SUCCESS;
+    const bool bRead = oSettings.GetFindings()[0].m_eKind != SKorIniFinding::FINDING_IO_ERROR;
+    return bRead ? EXIT_FAILURE : EXIT_UNREADABLE;
 }
 
 bool Gateway::LoadSettings()
@@ -88,7 +112,7 @@ bool Gateway::LoadSettings()
 
 bool Gateway::HoldPidFile()
 {
-    const char* const pszFile = m_pSettings->m_strPidFile.c_str();
+    const char* const pszFile = m_pSettings->m_oProcess.m_strPidFile.c_str();
     if (m_oPidFile.Acquire(pszFile))
         return true;
     const int nOwner = m_oPidFile.GetOwner();
@@ -103,91 +127,80 @@ bool Gateway::Fail(const std::string& strReason)
     return false;
 }
 
-void Gateway::StartTimers()
+void Gateway::ReloadInd()
 {
-    for (int* pTicket : {&m_nPollTicket, &m_nStoreTicket})
-        GetLoop().Cancel(std::exchange(*pTicket, 0));
-    if (m_bOnce)
-        return;
-    m_nPollTicket = GetLoop().CallEvery(m_pSettings->m_nPollInterval, [this] { Poll(); });
-    m_nStoreTicket = GetLoop().CallEvery(m_pSettings->m_nStoreInterval * 1000, [this] { Store(); });
+    Reload();
 }
 
 // New settings count when all of them are good; until then the old ones do.
-void Gateway::ReloadInd()
+std::vector<SKorIniFinding> Gateway::Reload()
 {
-    GatewaySettings oNew(m_pSettings->GetIniFileName().c_str(), CKorIniFile::PATH_UNCHANGED);
-    const bool bGood = oNew.Load();
-    LogFindings(oNew);
-    if (!bGood || !Store() || !m_pSettings->Load()) {
+    auto pNew = std::make_unique<GatewaySettings>(m_pSettings->GetIniFileName().c_str(),
+                                                  CKorIniFile::PATH_UNCHANGED);
+    if (!pNew->Load()) {
+        LogFindings(*pNew);
         KorGetLog().Write(CKorLog::LEVEL_ERROR, "the old settings stay in force");
-        return;
+        return pNew->GetFindings();
     }
-    m_pMeter->Reload();
-    StartTimers();
+    m_pSettings = std::move(pNew);
+    if (!Apply())
+        Fail("another process has the store " + m_pSettings->m_oStore.m_strFile +
+             "; readings go to the log");
+    OpenControl();
     KorGetLog().Write(CKorLog::LEVEL_NOTICE, "settings read again");
+    return {};
 }
 
-void Gateway::Poll()
+bool Gateway::Apply()
 {
-    if (!m_pMeter->IsOpen() || m_pMeter->IsBusy())
+    const bool bOutlet = m_oOutlet.Apply(m_pSettings->m_oMqtt, m_pSettings->m_oStore);
+    m_oPoller.Apply(*m_pSettings);
+    StartStatistics();
+    KorNotifyStatus("polls " + std::to_string(m_oPoller.Meters().size()) + " meters on " +
+                    std::to_string(m_oPoller.Lines().size()) + " lines");
+    return bOutlet;
+}
+
+// Meters are polled all the same where nobody can look in.
+void Gateway::OpenControl()
+{
+    const std::string& strPath = m_pSettings->m_oProcess.m_strControlSocket;
+    if (strPath == m_oControl.Path())
         return;
-    const ModbusRequest oRequest = {static_cast<std::uint8_t>(m_pSettings->m_nStation),
-                                    MODBUS_READ_HOLDING_REGISTERS, 0, METER_REGISTERS};
-    m_pMeter->Start(oRequest,
-                    [this](EModbusResult eResult, const std::vector<std::uint16_t>& vecRegisters) {
-                        TakeResult(eResult, vecRegisters);
-                    });
+    m_oControl.Close();
+    if (!strPath.empty() && !m_oControl.Open(strPath))
+        KorGetLog().Write(CKorLog::LEVEL_ERROR, "cannot make the socket %s: %s", strPath.c_str(),
+                          std::strerror(errno));
 }
 
-void Gateway::TakeResult(EModbusResult eResult, const std::vector<std::uint16_t>& vecRegisters)
+void Gateway::StartStatistics()
 {
-    ++m_pSettings->m_nPolls;
-    if (eResult == MODBUS_OK)
-        TakeReading(vecRegisters);
-    else
-        Complain(eResult);
-    if (m_bOnce)
-        RequestEnd(eResult == MODBUS_OK ? EXIT_SUCCESS : EXIT_FAILURE);
+    GetLoop().Cancel(m_nStatisticsTicket);
+    m_nStatisticsTicket =
+        GetLoop().CallEvery(m_pSettings->m_oProcess.m_nStatisticsInterval * 1000, [this] {
+            for (const std::shared_ptr<PolledMeter>& pMeter : m_oPoller.Meters())
+                m_oOutlet.TakeStatistics(pMeter->Settings().m_strName, StatisticsJson(*pMeter));
+        });
 }
 
-void Gateway::TakeReading(const std::vector<std::uint16_t>& vecRegisters)
+void Gateway::PollOnce()
 {
-    GatewaySettings& oResults = *m_pSettings;
-    oResults.m_strReadingTime = CKorZoneTime::CurrentTime().ToString();
-    oResults.m_strEnergy = Fixed(vecRegisters[0] * 65536UL + vecRegisters[1], 3);
-    oResults.m_strVoltage = Fixed(vecRegisters[2], 1);
-    oResults.m_strCurrent = Fixed(vecRegisters[3], 2);
-    oResults.m_strPower = Fixed(vecRegisters[4], 0);
-    KorGetLog().Write(CKorLog::LEVEL_INFO, "%s V, %s A, %s W, %s kWh",
-                      oResults.m_strVoltage.c_str(), oResults.m_strCurrent.c_str(),
-                      oResults.m_strPower.c_str(), oResults.m_strEnergy.c_str());
-}
-
-void Gateway::Complain(EModbusResult eResult)
-{
-    ++m_pSettings->m_nErrors;
-    std::string strReason = ModbusResultText(eResult);
-    if (eResult == MODBUS_EXCEPTION)
-        strReason += " " + std::to_string(m_pMeter->LastException());
-    KorGetLog().Write(CKorLog::LEVEL_WARNING, "no reading: %s", strReason.c_str());
-}
-
-bool Gateway::Store()
-{
-    if (m_pSettings->UpdateOptions(true))
-        return true;
-    LogFindings(*m_pSettings);
-    KorGetLog().Write(CKorLog::LEVEL_ERROR, "results not stored: %s",
-                      std::strerror(m_pSettings->GetLastError()));
-    return false;
+    m_nOutstanding = m_oPoller.Meters().size();
+    const auto fnWaiter = [this](const Reading* pReading, const std::string&) {
+        if (pReading == nullptr)
+            RequestEnd(EXIT_FAILURE);
+        if (--m_nOutstanding == 0)
+            RequestEnd();
+    };
+    for (const std::shared_ptr<PolledMeter>& pMeter : m_oPoller.Meters())
+        m_oPoller.PollNow(pMeter->Settings().m_strName, fnWaiter);
 }
 
 int Gateway::Finalize()
 {
-    if (m_pMeter) {
-        m_pMeter->Close();
-        Store();
+    if (m_pSettings && m_oPidFile.IsHeld()) {
+        m_oControl.Close();
+        m_oOutlet.Stop(FAREWELL_MS);
         LogSummary();
     }
     return CKorDaemonApplication::Finalize();
@@ -195,12 +208,18 @@ int Gateway::Finalize()
 
 void Gateway::LogSummary() const
 {
-    const ModbusCounters& oCounters = m_pMeter->Counters();
-    const std::string strRunning =
-        KorToString(m_oRunning.GetElapsed(), CKorTimeDiff::eDiffHhMmSsMs);
+    ModbusCounters oSum;
+    for (const std::unique_ptr<LinePoller>& pLine : m_oPoller.Lines()) {
+        const ModbusCounters& oCounters = pLine->Line().Counters();
+        oSum.nRequests += oCounters.nRequests;
+        oSum.nRetries += oCounters.nRetries;
+        oSum.nTimeouts += oCounters.nTimeouts;
+        oSum.nCrcErrors += oCounters.nCrcErrors;
+        oSum.nExceptions += oCounters.nExceptions;
+    }
     KorGetLog().Write(
         CKorLog::LEVEL_INFO,
-        "ends after %s: %u polls, %u repetitions, %u time-outs, %u wrong CRCs, %u refusals",
-        strRunning.c_str(), oCounters.nRequests, oCounters.nRetries, oCounters.nTimeouts,
-        oCounters.nCrcErrors, oCounters.nExceptions);
+        "ends after %s: %u requests, %u repetitions, %u time-outs, %u wrong CRCs, %u refusals",
+        KorToString(m_oRunning.GetElapsed(), CKorTimeDiff::eDiffHhMmSsMs).c_str(), oSum.nRequests,
+        oSum.nRetries, oSum.nTimeouts, oSum.nCrcErrors, oSum.nExceptions);
 }

@@ -1,16 +1,18 @@
 #pragma once
 
-#include "GatewayLine.h"
-#include "GatewaySettings.h"
 #include "app/KorDaemonApplication.h"
 #include "app/KorPidFile.h"
+#include "examples/gateway/ControlCommands.h"
+#include "examples/gateway/ControlServer.h"
+#include "examples/gateway/GatewaySettings.h"
+#include "examples/gateway/Poller.h"
+#include "examples/gateway/ReadingOutlet.h"
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
-/// A daemon that polls a Modbus RTU meter and keeps the readings in its INI file.
+/// A daemon that polls Modbus RTU meters on serial lines and publishes what they say.
 class Gateway : public CKorDaemonApplication
 {
 public:
@@ -22,25 +24,29 @@ public:
     int Finalize() override;
 
 private:
+    int Check() const;
     bool LoadSettings();
     bool HoldPidFile();
     bool Fail(const std::string& strReason);
-    void StartTimers();
-    void Poll();
-    void TakeResult(EModbusResult eResult, const std::vector<std::uint16_t>& vecRegisters);
-    void TakeReading(const std::vector<std::uint16_t>& vecRegisters);
-    void Complain(EModbusResult eResult);
-    bool Store();
+    std::vector<SKorIniFinding> Reload();
+    bool Apply();
+    void OpenControl();
+    void StartStatistics();
+    void PollOnce();
     void LogSummary() const;
 
     bool m_bOnce = false;
     bool m_bVerbose = false;
     std::string m_strSettingsFile;
+    std::string m_strCheckFile;
 
     std::unique_ptr<GatewaySettings> m_pSettings;
     CKorPidFile m_oPidFile;
-    std::unique_ptr<GatewayLine> m_pMeter;
+    ReadingOutlet m_oOutlet;
+    Poller m_oPoller;
+    ControlCommands m_oCommands;
+    ControlServer m_oControl;
     CKorStopwatch m_oRunning;
-    int m_nPollTicket = 0;
-    int m_nStoreTicket = 0;
+    int m_nStatisticsTicket = 0;
+    std::size_t m_nOutstanding = 0; // meters that have not been polled yet, with --once
 };

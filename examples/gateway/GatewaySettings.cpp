@@ -1,71 +1,135 @@
-#include "GatewaySettings.h"
+#include "examples/gateway/GatewaySettings.h"
 
 #include "config/KorTypedOptions.h"
+#include "examples/gateway/SettingsExchange.h"
 #include "fs/KorFile.h"
 #include "fs/KorWholeFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 
 namespace
 {
 
 constexpr char DEFAULT_FILE[] =
-    R"(# Settings of the gateway. SIGHUP makes it read them again; results are stored while it runs.
+    R"(# Settings of the gateway. SIGHUP makes it read them again; "gateway --check FILE" checks them.
 
-[Line]
+[Line main]
 Device=/dev/ttyAM0 # serial device
 Speed=9600 # bit/s
 Parity=none # none, even or odd
 StopBits=1 # 1 or 2
+TurnAround=0 # ms from an answer to the next request; 3.5 characters are kept in any case
+RS485=no # yes: the driver switches the transmitter of a two-wire line
 
-[Meter]
-Station=1 # Modbus address, 1 to 247
+[Meter meter]
+Line=main # one of the lines above
+Unit=1 # Modbus address, 1 to 247
 PollInterval=1000 # ms from one poll to the next
 Timeout=300 # ms to wait for an answer, at most 10000
-Retries=2 # further requests after one without a good answer, at most 10
+Tries=3 # requests before the meter counts as silent, at most 11
+Map=simulated # simulated, float or integer, or registers of your own, such as
+# Register.Frequency=5 u16 0.01 Hz
+
+[Mqtt]
+# Host=localhost # broker; without one readings go to the log
+# Port=1883
+# User=gateway
+# PasswordFile=/etc/gateway.password # its first line is the password
+# CaFile=/etc/ssl/certs/ca-certificates.crt # certificates to trust; without them no TLS
+# CertFile=/etc/gateway.crt # certificate to show, with its KeyFile
+# Prefix=gateway # begins every topic; of each gateway another one
+# Qos=1 # 0, 1 or 2
+
+[Store]
+# File=/var/lib/gateway/readings # where readings wait for the broker; without it in memory
+# MaxSize=4194304 # bytes
+# WriteInterval=60 # s from one write to the next
 
 [Process]
-PidFile=gateway.pid # relative to the working directory
-StoreInterval=60 # s from one storing of the results to the next, at most 86400
-
-[Reading]
-# The last good answer of the meter: time, V, A, W, kWh.
-
-[Counters]
-# Since the first start.
-Polls=0
-Errors=0 # polls without a good answer
+PidFile=gateway.pid # relative to the working directory, as the socket is
+ControlSocket=gateway.sock # for gatewayctl; nothing: none
+StatisticsInterval=60 # s from one publishing of the statistics to the next, at most 86400
 )";
+
+/// The line of a section's first header; 0 for none.
+unsigned int HeaderLine(const std::string& strText, const std::string& strSection)
+{
+    unsigned int nLine = 0;
+    for (std::size_t nBegin = 0; nBegin < strText.size();) {
+        const std::size_t nEnd = std::min(strText.find('\n', nBegin), strText.size());
+        const std::string strLine = strText.substr(nBegin, nEnd - nBegin);
+        const std::size_t nOpen = strLine.find_first_not_of(" \t\v\f\r");
+        ++nLine;
+        nBegin = nEnd + 1;
+        if (nOpen == std::string::npos || strLine[nOpen] != '[')
+            continue;
+        const std::string strName = strLine.substr(nOpen + 1);
+        if (IsSameName(strName.substr(0, strName.find_first_of("]#\r")), strSection))
+            return nLine;
+    }
+    return 0;
+}
+
+/// A gateway refuses a wrong setting rather than use another value.
+void DropConsequence(std::string& rstrText)
+{
+    static const std::string USED = " is used";
+    const std::size_t nBegin = rstrText.rfind("; ");
+    if (nBegin != std::string::npos && rstrText.size() > USED.size() &&
+        rstrText.compare(rstrText.size() - USED.size(), USED.size(), USED) == 0)
+        rstrText.erase(nBegin);
+}
+
+bool Contains(const std::vector<std::string>& vecNames, const char* pszName)
+{
+    return std::any_of(vecNames.begin(), vecNames.end(), [pszName](const std::string& strName) {
+        return IsSameName(strName, pszName);
+    });
+}
+
+/// Whether these are the sections of the former gateway: none has a name, and one is there.
+bool IsOfOneMeter(const std::vector<std::string>& vecSections)
+{
+    std::string strName;
+    for (const std::string& strSection : vecSections) {
+        if ((IsSectionOf("Line", strSection, strName) ||
+             IsSectionOf("Meter", strSection, strName)) &&
+            !strName.empty())
+            return false;
+    }
+    return Contains(vecSections, "Line") || Contains(vecSections, "Meter");
+}
+
+/// Asks for every option of a section, so that none is called unknown.
+void PassOver(CKorIniOptionExchange* pExchange, const std::string& strSection)
+{
+    std::vector<std::string> vecOptions;
+    std::string strValue;
+    pExchange->GetOptions(strSection.c_str(), vecOptions);
+    for (const std::string& strOption : vecOptions)
+        pExchange->GetOptionString(strSection.c_str(), strOption.c_str(), strValue);
+}
 
 } // namespace
 
-void GatewaySettings::ExchangeSettings(CKorIniOptionExchange* pExchange)
+bool IsSameLine(const LineSettings& oLeft, const LineSettings& oRight)
 {
-    IOX_Value(pExchange, "Line", "Device", m_strDevice, "/dev/ttyAM0");
-    IOX_Range(pExchange, "Line", "Speed", m_nSpeed, 9600, 1, 4000000);
-    IOX_Enum(pExchange, "Line", "Parity", m_eParity, CKorSerial::PARITY_NONE,
-             {{"none", CKorSerial::PARITY_NONE},
-              {"even", CKorSerial::PARITY_EVEN},
-              {"odd", CKorSerial::PARITY_ODD}});
-    IOX_Range(pExchange, "Line", "StopBits", m_nStopBits, 1, 1, 2);
-    IOX_Range(pExchange, "Meter", "Station", m_nStation, 1, 1, 247);
-    IOX_Range(pExchange, "Meter", "PollInterval", m_nPollInterval, 1000, 1, 86400000);
-    IOX_Range(pExchange, "Meter", "Timeout", m_nTimeout, 300, 1, 10000);
-    IOX_Range(pExchange, "Meter", "Retries", m_nRetries, 2, 0, 10);
-    IOX_Value(pExchange, "Process", "PidFile", m_strPidFile, "gateway.pid");
-    IOX_Range(pExchange, "Process", "StoreInterval", m_nStoreInterval, 60, 1, 86400);
+    const SKorLineOptions& oA = oLeft.m_oOptions;
+    const SKorLineOptions& oB = oRight.m_oOptions;
+    return oLeft.m_strDevice == oRight.m_strDevice && oA.m_nSpeed == oB.m_nSpeed &&
+           oA.m_eParity == oB.m_eParity && oA.m_eStopbits == oB.m_eStopbits &&
+           oA.m_oRS485.m_bEnabled == oB.m_oRS485.m_bEnabled &&
+           oA.m_oRS485.m_bRtsOnSend == oB.m_oRS485.m_bRtsOnSend &&
+           oA.m_oRS485.m_nDelayBefore == oB.m_oRS485.m_nDelayBefore &&
+           oA.m_oRS485.m_nDelayAfter == oB.m_oRS485.m_nDelayAfter;
 }
 
-void GatewaySettings::DoOptionExchange(CKorIniOptionExchange* pExchange)
+GatewaySettings::GatewaySettings(const char* pszFile, EPathMode eMode)
+    : CKorSafeIniFile(pszFile, eMode)
 {
-    // Settings are the user's: written, they would undo what somebody edits while the gateway runs.
-    if (!pExchange->IsWriteBack())
-        ExchangeSettings(pExchange);
-    IOX_Value(pExchange, "Reading", "Time", m_strReadingTime, "");
-    IOX_Value(pExchange, "Reading", "Voltage", m_strVoltage, "");
-    IOX_Value(pExchange, "Reading", "Current", m_strCurrent, "");
-    IOX_Value(pExchange, "Reading", "Power", m_strPower, "");
-    IOX_Value(pExchange, "Reading", "Energy", m_strEnergy, "");
-    IOX_Value(pExchange, "Counters", "Polls", m_nPolls, 0);
-    IOX_Value(pExchange, "Counters", "Errors", m_nErrors, 0);
+    SetReportUnknown(true);
 }
 
 bool GatewaySettings::CreateDefaultFile() const
@@ -74,11 +138,100 @@ bool GatewaySettings::CreateDefaultFile() const
     return CKorFile::FileExist(strFile.c_str()) || KorReplaceFile(strFile.c_str(), DEFAULT_FILE);
 }
 
-SKorLineOptions GatewaySettings::LineOptions() const
+bool GatewaySettings::Load()
 {
-    SKorLineOptions oOptions;
-    oOptions.m_nSpeed = m_nSpeed;
-    oOptions.m_eParity = m_eParity;
-    oOptions.m_eStopbits = m_nStopBits == 2 ? CKorSerial::STOPBITS_2 : CKorSerial::STOPBITS_1;
-    return oOptions;
+    std::string strText;
+    const std::string strFile = GetIniFileName();
+    if (!KorReadFile(strFile.c_str(), strText) || !UpdateOptions(false)) {
+        const int nError = errno;
+        m_vecFindings = {{SKorIniFinding::FINDING_IO_ERROR, 0, "", "",
+                          std::string("the file cannot be read: ") + std::strerror(nError)}};
+        return false;
+    }
+    std::vector<SKorIniFinding> vecLines;
+    if (!m_bOneMeter) // such a file was never checked by the line
+        KorCheckIniFile(strFile.c_str(), false, vecLines);
+    m_vecFindings.insert(m_vecFindings.end(), vecLines.begin(), vecLines.end());
+    for (SKorIniFinding& roFinding : m_vecFindings) {
+        DropConsequence(roFinding.m_strText);
+        if (roFinding.m_nLine == 0)
+            roFinding.m_nLine = HeaderLine(strText, roFinding.m_strSection);
+    }
+    std::stable_sort(m_vecFindings.begin(), m_vecFindings.end(),
+                     [](const SKorIniFinding& oLeft, const SKorIniFinding& oRight) {
+                         return oLeft.m_nLine < oRight.m_nLine;
+                     });
+    return m_vecFindings.empty();
+}
+
+void GatewaySettings::DoOptionExchange(CKorIniOptionExchange* pExchange)
+{
+    std::vector<std::string> vecSections;
+    pExchange->GetSections(vecSections);
+    m_bOneMeter = IsOfOneMeter(vecSections);
+    m_vecLines.clear();
+    m_vecMeters.clear();
+    for (const std::string& strSection : vecSections)
+        ExchangeSection(pExchange, strSection);
+    if (m_bOneMeter && m_vecLines.empty())
+        ExchangeSection(pExchange, "Line");
+    if (m_bOneMeter && m_vecMeters.empty())
+        ExchangeSection(pExchange, "Meter");
+    ExchangeMqtt(pExchange, m_oMqtt);
+    ExchangeStore(pExchange, m_oStore);
+    ExchangeProcess(pExchange);
+    CheckSettings(pExchange, *this);
+}
+
+void GatewaySettings::ExchangeSection(CKorIniOptionExchange* pExchange,
+                                      const std::string& strSection)
+{
+    std::string strName;
+    if (IsSectionOf("Line", strSection, strName)) {
+        LineSettings oLine = {strSection, strName, "", {}, 0};
+        if (m_bOneMeter) {
+            oLine.m_strName = "line";
+            oLine.m_strDevice = "/dev/ttyAM0";
+        }
+        ExchangeLine(pExchange, oLine);
+        m_vecLines.push_back(oLine);
+    } else if (IsSectionOf("Meter", strSection, strName)) {
+        MeterSettings oMeter;
+        oMeter.m_strSection = strSection;
+        oMeter.m_strName = m_bOneMeter ? "meter" : strName;
+        ExchangeMeter(pExchange, oMeter, m_bOneMeter);
+        m_vecMeters.push_back(oMeter);
+    } else {
+        ExchangeOther(pExchange, strSection);
+    }
+}
+
+void GatewaySettings::ExchangeOther(CKorIniOptionExchange* pExchange, const std::string& strSection)
+{
+    const auto fnIsOneOf = [&strSection](const std::vector<std::string>& vecNames) {
+        return Contains(vecNames, strSection.c_str());
+    };
+    if (strSection.empty() || fnIsOneOf({"Mqtt", "Store", "Process"}))
+        return;
+    PassOver(pExchange, strSection);
+    if (!m_bOneMeter || !fnIsOneOf({"Reading", "Counters"}))
+        Complain(pExchange, strSection, "", "is no section of the gateway");
+}
+
+void GatewaySettings::ExchangeProcess(CKorIniOptionExchange* pExchange)
+{
+    IOX_Value(pExchange, "Process", "PidFile", m_oProcess.m_strPidFile, "gateway.pid");
+    IOX_Value(pExchange, "Process", "ControlSocket", m_oProcess.m_strControlSocket, "gateway.sock");
+    IOX_Range(pExchange, "Process", "StatisticsInterval", m_oProcess.m_nStatisticsInterval, 60, 1,
+              86400);
+    std::string strFormer;
+    if (m_bOneMeter) // nothing is stored there any more
+        pExchange->GetOptionString("Process", "StoreInterval", strFormer);
+}
+
+std::string FindingText(const std::string& strFile, const SKorIniFinding& oFinding)
+{
+    const std::string strLine =
+        oFinding.m_nLine != 0 ? ":" + std::to_string(oFinding.m_nLine) : std::string();
+    return strFile + strLine + ": " + oFinding.m_strText;
 }

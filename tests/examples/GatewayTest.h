@@ -9,7 +9,8 @@
 #include <string>
 #include <vector>
 
-/// A simulated meter and the settings of a gateway that polls it every few milliseconds.
+/// A simulated meter and the settings of a gateway that polls it every few milliseconds: a file of
+/// the former gateway, which knew one meter.
 class GatewayAndMeter
 {
 public:
@@ -23,7 +24,8 @@ public:
         WriteFile(m_strIniFile,
                   "# mine\n[Line]\nDevice=" + m_strDevice +
                       "\n[Meter]\nPollInterval=10\nTimeout=" + strTimeout +
-                      "\nRetries=2 # enough\n[Process]\nPidFile=" + m_oDir.File("gw.pid") + "\n");
+                      "\nRetries=2 # enough\n[Process]\nPidFile=" + m_oDir.File("gw.pid") +
+                      "\nControlSocket=" + m_oDir.File("gw.sock") + "\n");
     }
 
     /// A gateway with these settings.
@@ -39,13 +41,6 @@ public:
     {
         EXPECT_TRUE(CKorSafeIniFile(m_strIniFile.c_str(), CKorIniFile::PATH_UNCHANGED)
                         .WriteOption(pszSection, pszOption, strValue.c_str()));
-    }
-
-    /// What the gateway stored.
-    std::string Stored(const char* pszSection, const char* pszOption) const
-    {
-        CKorSafeIniFile oFile(m_strIniFile.c_str(), CKorIniFile::PATH_UNCHANGED);
-        return oFile.ReadOption(pszSection, pszOption, "missing");
     }
 
     ScratchDir m_oDir;
@@ -78,7 +73,8 @@ public:
     {
         EXPECT_TRUE(m_oMeter.WaitForOutput(m_strLink));
         WriteFile(m_strIniFile, "[Line]\nDevice=" + m_strLink + "\n[Meter]\n" + strMeterSettings +
-                                    "\n[Process]\nPidFile=" + m_oDir.File("pid") + "\n");
+                                    "\n[Process]\nPidFile=" + m_oDir.File("pid") +
+                                    "\nControlSocket=" + m_oDir.File("gw.sock") + "\n");
     }
 
     ScratchDir m_oDir;
