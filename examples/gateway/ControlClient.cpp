@@ -91,8 +91,10 @@ void ControlClient::Look()
     const std::string strRequest = m_strReceived.substr(0, nEnd);
     m_strReceived.erase(0, nEnd + 1);
     const std::weak_ptr<ControlClient> pThis = weak_from_this();
-    m_fnRequest(strRequest, [pThis](int nStatus, const std::string& strText) {
-        if (const std::shared_ptr<ControlClient> pClient = pThis.lock())
+    const unsigned int nRequest = ++m_nRequest;
+    m_fnRequest(strRequest, [pThis, nRequest](int nStatus, const std::string& strText) {
+        const std::shared_ptr<ControlClient> pClient = pThis.lock();
+        if (pClient && pClient->m_nRequest == nRequest)
             pClient->Reply(nStatus, strText);
     });
 }
@@ -116,6 +118,7 @@ void ControlClient::Send()
         return Watch(CKorEventLoop::EVENT_WRITABLE, &ControlClient::Send);
     if (m_bLast)
         return End();
+    m_bBusy = false;
     // Whoever sends many requests at once gets one answer a turn of the loop.
     Rest();
     m_oLoop.Post([pThis = weak_from_this()] {

@@ -56,9 +56,10 @@ private:
     ControlHandler m_fnRequest;
     GoneHandler m_fnGone;
     int m_nTicket = 0;
-    int m_nIdle = 0; // the timer of a client that does nothing
-    bool m_bBusy = false;
-    bool m_bLast = false; // the answer is the last one
+    int m_nIdle = 0;             // the timer of a client that does nothing
+    unsigned int m_nRequest = 0; // counts requests
+    bool m_bBusy = false;        // with the last of them
+    bool m_bLast = false;        // the answer is the last one
     Clock::time_point m_oLastSign;
     std::string m_strReceived;
     std::string m_strToSend;

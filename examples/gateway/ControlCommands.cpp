@@ -102,14 +102,17 @@ void ControlCommands::Answer(const std::string& strRequest, const ControlReply& 
 
 void ControlCommands::Poll(bool bJson, const std::string& strMeter, const ControlReply& fnReply)
 {
-    const auto fnWaiter = [bJson, strMeter, fnReply](const Reading* pReading,
-                                                     const std::string& strError) {
+    const auto fnWaiter = [=](const Reading* pReading, const std::string& strError) {
         const int nStatus = pReading != nullptr ? STATUS_WELL : STATUS_NOT_WELL;
-        if (pReading != nullptr)
-            fnReply(nStatus, (bJson ? ReadingJson(*pReading) : ReadingText(*pReading)) + "\n");
+        if (bJson)
+            fnReply(nStatus,
+                    (pReading != nullptr ? ReadingJson(*pReading)
+                                         : JsonObject().Text("error", strError).ToString()) +
+                        "\n");
         else
             fnReply(nStatus,
-                    (bJson ? JsonObject().Text("error", strError).ToString() : strError) + "\n");
+                    (pReading != nullptr ? ReadingText(*pReading) : strMeter + ": " + strError) +
+                        "\n");
     };
     if (!m_oPoller.PollNow(strMeter, fnWaiter))
         fnWaiter(nullptr, "there is no such meter");

@@ -112,6 +112,15 @@ TEST(GatewaySettings, OfTheFileThatIsWrittenAtTheFirstStartAreGood)
     EXPECT_EQ(1U, oSettings.m_vecMeters.size());
 }
 
+TEST(GatewaySettings, OfTheExampleOnThePageAreGood)
+{
+    const std::string strPage = ReadFile(GATEWAY_PAGE);
+    const std::size_t nBegin = strPage.find("```ini\n") + 7;
+    const std::string strExample = strPage.substr(nBegin, strPage.find("```", nBegin) - nBegin);
+    EXPECT_EQ("", Joined(FindingsIn(strExample)));
+    EXPECT_NE(std::string::npos, strExample.find("[Meter inverter]"));
+}
+
 TEST(GatewayCheck, SaysWhetherAFileIsGood)
 {
     const ScratchDir oDir;
