@@ -1,5 +1,7 @@
 #include "app/KorApplicationInfo.h"
 
+#include "config/KorTextValue.h"
+
 #include <locale>
 #include <sstream>
 
@@ -99,7 +101,7 @@ std::string CKorApplicationInfo::GetVersion() const
 {
     std::string strVersion;
     for (const int nPart : {m_nVersionMajor, m_nVersionMinor, m_nVersionPatch})
-        strVersion.append(strVersion.empty() ? "" : ".").append(std::to_string(nPart));
+        strVersion.append(strVersion.empty() ? "" : ".").append(KorWriteSigned(nPart));
     return strVersion;
 }
 

@@ -1,6 +1,7 @@
 #include "app/KorPidFile.h"
 
 #include "app/KorOpenDetail.h"
+#include "config/KorTextValue.h"
 
 #include <cerrno>
 #include <charconv>
@@ -89,7 +90,7 @@ bool ReadNumber(int hFile, int& nNumber)
 
 bool WriteNumber(int hFile)
 {
-    const std::string strNumber = std::to_string(getpid()).append("\n");
+    const std::string strNumber = KorWriteSigned(getpid()).append("\n");
     if (ftruncate(hFile, 0) != 0)
         return false;
     const ssize_t nWritten = pwrite(hFile, strNumber.data(), strNumber.size(), 0);

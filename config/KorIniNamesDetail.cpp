@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <list>
 
 namespace
 {
@@ -103,15 +104,15 @@ std::vector<std::string> KorIniSortedOnce(const std::vector<std::string_view>& v
         std::string_view m_strName;
     };
     CKorIniTable<SSlot> oSeen;
-    std::vector<std::string_view> vecOnce;
+    std::list<std::string_view> lstOnce;
     for (const std::string_view strName : vecNames) {
         const uint32_t nHash = oRule.Hash(strName, 0);
         const auto Same = [&](const SSlot& o) { return oRule.Equal(o.m_strName, strName); };
         if (oSeen.Find(nHash, Same) != nullptr)
             continue;
         oSeen.Insert({nHash, strName});
-        vecOnce.push_back(strName);
+        lstOnce.push_back(strName);
     }
-    std::sort(vecOnce.begin(), vecOnce.end());
-    return std::vector<std::string>(vecOnce.begin(), vecOnce.end());
+    lstOnce.sort();
+    return std::vector<std::string>(lstOnce.begin(), lstOnce.end());
 }
