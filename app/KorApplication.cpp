@@ -1,6 +1,7 @@
 #include "app/KorApplication.h"
 
 #include "fs/KorPathFunc.h"
+#include "text/KorStringDetail.h"
 
 CKorBaseApplication* CKorBaseApplication::m_pApplication = nullptr;
 
@@ -49,7 +50,7 @@ void CKorBaseApplication::InitializeClass(int argc, char** argv)
     if (GetApplName().empty())
         SetApplName(strTitle.c_str());
     if (m_strIniFile.empty())
-        m_strIniFile = strDrive + strDir + GetApplName() + ".ini";
+        m_strIniFile = KorConcat({strDrive, strDir, GetApplName(), ".ini"});
 }
 
 bool CKorBaseApplication::Initialize()

@@ -275,9 +275,10 @@ bool CKorOptionParser::GiveValue(SEntry& roEntry, const std::string& strShown,
 bool CKorOptionParser::Answer(const SEntry& oEntry)
 {
     m_eResult = PARSE_DONE;
-    m_strText = oEntry.eKind == KIND_HELP
-                    ? SHelp::Of(*this)
-                    : m_oInfo.GetVersionString() + "\n" + m_oInfo.GetCopyrightString() + "\n";
+    m_strText =
+        oEntry.eKind == KIND_HELP
+            ? SHelp::Of(*this)
+            : KorConcat({m_oInfo.GetVersionString(), "\n", m_oInfo.GetCopyrightString(), "\n"});
     return false;
 }
 

@@ -1,4 +1,5 @@
 #include "config/KorTextValue.h"
+#include "text/KorStringDetail.h"
 #include "time/KorInstantDetail.h"
 #include "time/KorIsoTime.h"
 #include "time/KorTimeTicksDetail.h"
@@ -119,8 +120,9 @@ std::string WriteMagnitude(std::uint64_t nTicks)
             return std::to_string(nTicks / oUnit.nTicks).append(oUnit.strName);
     }
     const std::uint64_t nHundredths = nTicks % 100;
-    return std::to_string(nTicks / 100) + (nHundredths < 10 ? ".0" : ".") +
-           std::to_string(nHundredths % 10 == 0 ? nHundredths / 10 : nHundredths) + "us";
+    return KorConcat({KorWriteUnsigned(nTicks / 100), nHundredths < 10 ? ".0" : ".",
+                      KorWriteUnsigned(nHundredths % 10 == 0 ? nHundredths / 10 : nHundredths),
+                      "us"});
 }
 
 } // namespace

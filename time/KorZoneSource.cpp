@@ -3,6 +3,7 @@
 
 #include "time/KorZoneSourceDetail.h"
 
+#include "text/KorStringDetail.h"
 #include "time/KorZoneFileDetail.h"
 #include "time/KorZoneRuleDetail.h"
 
@@ -51,7 +52,7 @@ bool ReadAll(int nFile, std::string& strContent)
 
 bool HasParent(const std::string& strName)
 {
-    return ("/" + strName + "/").find("/../") != std::string::npos;
+    return KorConcat({"/", strName, "/"}).find("/../") != std::string::npos;
 }
 
 } // namespace
