@@ -10,6 +10,11 @@ set(tarvo_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/tarvo-ext)
 include(CheckCXXCompilerFlag)
 check_cxx_compiler_flag(-fno-semantic-interposition TARVO_HAS_NO_SEMANTIC_INTERPOSITION)
 
+# What GCC does for speed even at -Os, and what makes this code larger: above all one function with
+# the address of a string's pointer becomes several with the pointer.
+set(tarvo_small $<$<AND:$<CONFIG:MinSizeRel>,$<CXX_COMPILER_ID:GNU>>:-fno-ipa-sra
+  -fno-gcse -fno-move-loop-invariants -fno-expensive-optimizations>)
+
 # tarvo_configure_library(<target> <export-name> <file-name>)
 # Names the library exactly <file-name>.so or .a and hides what is not marked as exported. A shared
 # object drops what nothing uses and finds its neighbours beside itself; with a static library the
@@ -26,7 +31,7 @@ function(tarvo_configure_library target export_name file_name)
   target_include_directories(${target} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${tarvo_include_dir}>)
   target_compile_options(${target} PRIVATE ${tarvo_warnings} -ffunction-sections -fdata-sections
-    $<$<BOOL:${TARVO_HAS_NO_SEMANTIC_INTERPOSITION}>:-fno-semantic-interposition>)
+    ${tarvo_small} $<$<BOOL:${TARVO_HAS_NO_SEMANTIC_INTERPOSITION}>:-fno-semantic-interposition>)
   target_link_libraries(${target} PRIVATE Threads::Threads)
   if(BUILD_SHARED_LIBS)
     target_link_options(${target} PRIVATE -Wl,--no-undefined -Wl,--as-needed -Wl,--gc-sections
