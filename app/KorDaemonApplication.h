@@ -141,7 +141,8 @@ private:
     TARVO_EXT_LOCAL int Leave(int nCopy, int nNews);
     TARVO_EXT_LOCAL void Settle(int nNull);
 
-    static std::atomic<CKorDaemonApplication*> m_pDaemon; // whose signals are handled
+    TARVO_EXT_LOCAL static std::atomic<CKorDaemonApplication*>
+        m_pDaemon; // whose signals are handled
 };
 
 /// @}

@@ -22,22 +22,22 @@ public:
 protected:
     /// Opens `/dev/null` on each of the handles 0 to 2 that is closed, remembers the actions and
     /// the mask, and calls HoldEndSignals().
-    CKorFormerSignals();
+    TARVO_EXT_LOCAL CKorFormerSignals();
 
     /// Gives back the actions, then the mask.
-    ~CKorFormerSignals();
+    TARVO_EXT_LOCAL ~CKorFormerSignals();
 
     /// Gives back the actions.
-    void RestoreActions() const;
+    TARVO_EXT_LOCAL void RestoreActions() const;
 
     /// Keeps SIGINT and SIGTERM waiting on the calling thread.
-    static void HoldEndSignals();
+    TARVO_EXT_LOCAL static void HoldEndSignals();
 
     /// Lets every signal in on the calling thread, also one that the process began without.
-    static void LetAllSignalsIn();
+    TARVO_EXT_LOCAL static void LetAllSignalsIn();
 
 private:
-    static constexpr int SIGNALS[] = {SIGINT, SIGTERM, SIGABRT, SIGPIPE};
+    TARVO_EXT_LOCAL static constexpr int SIGNALS[] = {SIGINT, SIGTERM, SIGABRT, SIGPIPE};
 
     struct sigaction m_aoActions[sizeof SIGNALS / sizeof SIGNALS[0]];
     sigset_t m_oMask;
