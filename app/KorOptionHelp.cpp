@@ -69,13 +69,13 @@ void KorHelpWrap(std::string& rstrHelp, std::string_view strText, size_t nColumn
     rstrHelp += '\n';
 }
 
-void KorHelpList(std::string& rstrHelp, const std::vector<SKorHelpRow>& vecRows, size_t nWidth)
+void KorHelpList(std::string& rstrHelp, const std::list<SKorHelpRow>& lstRows, size_t nWidth)
 {
     size_t nLongest = 0;
-    for (const SKorHelpRow& oRow : vecRows)
+    for (const SKorHelpRow& oRow : lstRows)
         nLongest = std::max(nLongest, Columns(oRow.strLabel));
     const size_t nIndent = std::min(nLongest + 2 * GAP, nWidth * 2 / 5);
-    for (const SKorHelpRow& oRow : vecRows) {
+    for (const SKorHelpRow& oRow : lstRows) {
         const size_t nColumn = GAP + Columns(oRow.strLabel);
         rstrHelp.append(GAP, ' ');
         if (nColumn + GAP <= nIndent && !oRow.strText.empty()) {

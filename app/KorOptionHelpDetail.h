@@ -3,9 +3,9 @@
 // The layout of a program's help. Not installed.
 
 #include <cstddef>
+#include <list>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// A line of a list: what it is about, and what is said of it.
 struct SKorHelpRow
@@ -23,4 +23,4 @@ void KorHelpWrap(std::string& rstrHelp, std::string_view strText, size_t nColumn
                  size_t nWidth);
 
 /// Adds a list with its texts below one another.
-void KorHelpList(std::string& rstrHelp, const std::vector<SKorHelpRow>& vecRows, size_t nWidth);
+void KorHelpList(std::string& rstrHelp, const std::list<SKorHelpRow>& lstRows, size_t nWidth);

@@ -5,6 +5,7 @@
 #include "text/KorStringFunc.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace
 {
@@ -40,13 +41,13 @@ struct TARVO_EXT_LOCAL CKorOptionParser::SHelp
     static std::string Of(const CKorOptionParser& oParser);
     static std::string Usage(const CKorOptionParser& oParser);
     static std::string Label(const CKorOptionParser& oParser, const SEntry& oEntry);
-    static std::vector<SKorHelpRow> Rows(const CKorOptionParser& oParser, bool bArguments);
+    static std::list<SKorHelpRow> Rows(const CKorOptionParser& oParser, bool bArguments);
 };
 
 std::string CKorOptionParser::SHelp::Usage(const CKorOptionParser& oParser)
 {
     std::string strUsage = "[OPTION...]";
-    for (const SEntry& oEntry : oParser.m_vecEntries) {
+    for (const SEntry& oEntry : oParser.m_lstEntries) {
         if (!IsArgument(oEntry))
             continue;
         const bool bRequired = oEntry.eKind == KIND_REQUIRED;
@@ -67,8 +68,8 @@ std::string CKorOptionParser::SHelp::Label(const CKorOptionParser& oParser, cons
         if (strLabel.empty() && strName.size() > 1)
             strLabel = "    ";
         else if (!strLabel.empty())
-            strLabel += ", ";
-        strLabel += Shown(strName);
+            strLabel.append(", ");
+        strLabel.append(Shown(strName));
         bLong = strName.size() > 1;
     }
     if (oEntry.eKind == KIND_OPTION)
@@ -76,16 +77,16 @@ std::string CKorOptionParser::SHelp::Label(const CKorOptionParser& oParser, cons
     return strLabel;
 }
 
-std::vector<SKorHelpRow> CKorOptionParser::SHelp::Rows(const CKorOptionParser& oParser,
-                                                       bool bArguments)
+std::list<SKorHelpRow> CKorOptionParser::SHelp::Rows(const CKorOptionParser& oParser,
+                                                     bool bArguments)
 {
-    std::vector<SKorHelpRow> vecRows;
-    for (const SEntry& oEntry : oParser.m_vecEntries) {
+    std::list<SKorHelpRow> lstRows;
+    for (const SEntry& oEntry : oParser.m_lstEntries) {
         const std::string strLabel = bArguments ? oEntry.strMeta : Label(oParser, oEntry);
         if (IsArgument(oEntry) == bArguments && !strLabel.empty())
-            vecRows.push_back({strLabel, oEntry.strHelp});
+            lstRows.push_back({strLabel, oEntry.strHelp});
     }
-    return vecRows;
+    return lstRows;
 }
 
 std::string CKorOptionParser::SHelp::Of(const CKorOptionParser& oParser)
@@ -99,21 +100,25 @@ std::string CKorOptionParser::SHelp::Of(const CKorOptionParser& oParser)
     KorHelpWrap(strHelp, strUsage, 0, 7, nWidth);
     if (!strDescription.empty() && strDescription != strName)
         KorHelpWrap(strHelp, strDescription, 0, 0, nWidth);
-    const std::vector<SKorHelpRow> vecArguments = Rows(oParser, true);
-    if (!vecArguments.empty())
-        strHelp += "\nArguments:\n";
-    KorHelpList(strHelp, vecArguments, nWidth);
-    strHelp += "\nOptions:\n";
+    const std::list<SKorHelpRow> lstArguments = Rows(oParser, true);
+    if (!lstArguments.empty())
+        strHelp.append("\nArguments:\n");
+    KorHelpList(strHelp, lstArguments, nWidth);
+    strHelp.append("\nOptions:\n");
     KorHelpList(strHelp, Rows(oParser, false), nWidth);
     return strHelp;
 }
 
 CKorOptionParser::CKorOptionParser(const CKorApplicationInfo& oInfo)
-    : m_oInfo(oInfo), m_nNext(0), m_bOptionsEnded(false), m_eResult(PARSE_OK)
+    : m_oInfo(oInfo),
+      m_ppszNext(nullptr),
+      m_ppszEnd(nullptr),
+      m_bOptionsEnded(false),
+      m_eResult(PARSE_OK)
 {
     const STarget oNone = {nullptr, nullptr, true};
-    Insert(0, KIND_HELP, "h,help", "", "show this help", oNone);
-    Insert(1, KIND_VERSION, "version", "", "show the version", oNone);
+    Add(KIND_HELP, "h,help", "", "show this help", oNone);
+    Add(KIND_VERSION, "version", "", "show the version", oNone);
 }
 
 CKorOptionParser::~CKorOptionParser() = default;
@@ -130,13 +135,10 @@ void CKorOptionParser::Add(EKind eKind, const char* pszNames, const char* pszMet
                            const char* pszHelp, const STarget& oTarget)
 {
     // In front of help and version, so that a name of the program's own is found first.
-    Insert(m_vecEntries.size() - 2, eKind, pszNames, pszMeta, pszHelp, oTarget);
-}
-
-void CKorOptionParser::Insert(size_t nPlace, EKind eKind, const char* pszNames, const char* pszMeta,
-                              const char* pszHelp, const STarget& oTarget)
-{
-    m_vecEntries.insert(m_vecEntries.begin() + static_cast<std::ptrdiff_t>(nPlace),
+    auto itPlace = m_lstEntries.end();
+    if (eKind < KIND_HELP)
+        std::advance(itPlace, -2);
+    m_lstEntries.insert(itPlace,
                         {eKind, KorGetParameterList(pszNames, ','), std::string(KorText(pszMeta)),
                          std::string(KorText(pszHelp)), oTarget, 0});
 }
@@ -148,7 +150,7 @@ bool CKorOptionParser::IsArgument(const SEntry& oEntry)
 
 bool CKorOptionParser::IsEmpty() const
 {
-    return m_vecEntries.size() == 2;
+    return m_lstEntries.size() == 2;
 }
 
 std::string CKorOptionParser::GetText() const
@@ -161,20 +163,17 @@ CKorOptionParser::EResult CKorOptionParser::Parse(int argc, const char* const* a
     m_strText.clear();
     m_eResult = PARSE_OK;
     m_bOptionsEnded = false;
-    for (SEntry& roEntry : m_vecEntries)
+    for (SEntry& roEntry : m_lstEntries)
         roEntry.nGiven = 0;
     if (m_oInfo.GetApplName().empty() && argv != nullptr && argc > 0)
         m_oInfo.SetApplName(FileNameOf(KorText(argv[0])).c_str());
-    m_vecLine.clear();
-    for (int i = 1; argv != nullptr && i < argc; ++i) {
-        const std::string_view strWord = KorText(argv[i]);
-        m_vecLine.push_back(strWord);
-    }
+    const bool bHasWords = argv != nullptr && argc > 0;
+    m_ppszNext = bHasWords ? argv + 1 : nullptr;
+    m_ppszEnd = bHasWords ? argv + argc : nullptr;
 
-    m_nNext = 0;
     bool bGoOn = true;
-    while (bGoOn && m_nNext < m_vecLine.size())
-        bGoOn = Take(m_vecLine[m_nNext++]);
+    while (bGoOn && m_ppszNext != m_ppszEnd)
+        bGoOn = Take(KorText(*m_ppszNext++));
     if (bGoOn)
         CheckRequired();
     return m_eResult;
@@ -182,7 +181,7 @@ CKorOptionParser::EResult CKorOptionParser::Parse(int argc, const char* const* a
 
 CKorOptionParser::SEntry* CKorOptionParser::Find(std::string_view strName)
 {
-    for (SEntry& roEntry : m_vecEntries) {
+    for (SEntry& roEntry : m_lstEntries) {
         for (const std::string& strOne : roEntry.vecNames) {
             if (!IsArgument(roEntry) && !strName.empty() && strOne == strName)
                 return &roEntry;
@@ -237,7 +236,7 @@ bool CKorOptionParser::TakeShort(std::string_view strText)
 
 bool CKorOptionParser::TakeArgument(std::string_view strText)
 {
-    for (SEntry& roEntry : m_vecEntries) {
+    for (SEntry& roEntry : m_lstEntries) {
         if (IsArgument(roEntry) && (roEntry.nGiven == 0 || roEntry.oTarget.bRepeats))
             return GiveValue(roEntry, roEntry.strMeta, strText);
     }
@@ -257,9 +256,9 @@ bool CKorOptionParser::Give(SEntry& roEntry, const std::string& strShown,
         return Refuse("option", strShown, " is given twice");
     if (pstrAttached != nullptr)
         return GiveValue(roEntry, strShown, *pstrAttached);
-    if (m_nNext == m_vecLine.size())
+    if (m_ppszNext == m_ppszEnd)
         return Refuse("option", strShown, " needs a value");
-    return GiveValue(roEntry, strShown, m_vecLine[m_nNext++]);
+    return GiveValue(roEntry, strShown, KorText(*m_ppszNext++));
 }
 
 bool CKorOptionParser::GiveValue(SEntry& roEntry, const std::string& strShown,
@@ -294,7 +293,7 @@ bool CKorOptionParser::Refuse(const char* pszWhat, std::string_view strName,
 
 bool CKorOptionParser::CheckRequired()
 {
-    for (const SEntry& oEntry : m_vecEntries) {
+    for (const SEntry& oEntry : m_lstEntries) {
         if (oEntry.eKind == KIND_REQUIRED && oEntry.nGiven == 0)
             return Refuse("argument", oEntry.strMeta, " is missing");
     }

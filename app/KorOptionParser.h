@@ -15,6 +15,7 @@
 #include "app/KorApplicationInfo.h"
 #include "config/KorTextValue.h"
 
+#include <list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -159,8 +160,6 @@ private:
 
     void Add(EKind eKind, const char* pszNames, const char* pszMeta, const char* pszHelp,
              const STarget& oTarget);
-    TARVO_EXT_LOCAL void Insert(size_t nPlace, EKind eKind, const char* pszNames,
-                                const char* pszMeta, const char* pszHelp, const STarget& oTarget);
     TARVO_EXT_LOCAL static bool IsArgument(const SEntry& oEntry);
     TARVO_EXT_LOCAL SEntry* Find(std::string_view strName);
     TARVO_EXT_LOCAL bool IsOption(std::string_view strText);
@@ -178,9 +177,9 @@ private:
     TARVO_EXT_LOCAL bool CheckRequired();
 
     CKorApplicationInfo m_oInfo;
-    std::vector<SEntry> m_vecEntries; // those that were added, then help and version
-    std::vector<std::string_view> m_vecLine;
-    size_t m_nNext;
+    std::list<SEntry> m_lstEntries; // those that were added, then help and version
+    const char* const* m_ppszNext;  // what Parse() has not read yet
+    const char* const* m_ppszEnd;
     bool m_bOptionsEnded;
     EResult m_eResult;
     std::string m_strText;
