@@ -3,25 +3,31 @@
 #include "config/KorIniFile.h"
 #include "config/KorIniReaderDetail.h"
 #include "config/KorOptionExchangeDetail.h"
+#include "fs/KorDescriptorDetail.h"
 #include "text/KorStringDetail.h"
 #include "text/KorStringFunc.h"
 
-#include <fstream>
+#include <fcntl.h>
 #include <string_view>
 #include <typeinfo>
 
 namespace
 {
 
+constexpr mode_t MODE_OF_NEW = 0666;
+
 void WriteLines(const std::string& strFile,
                 const std::vector<CKorIniOptionExchange::SOptionLine*>& apLines)
 {
-    std::ofstream oFile(strFile);
+    std::string strText;
     for (const CKorIniOptionExchange::SOptionLine* pLine : apLines) {
         if (pLine->m_bSection)
-            oFile << std::endl;
-        oFile << KorIniRender(KorIniPartsOf(*pLine)) << std::endl;
+            strText += '\n';
+        strText.append(KorIniRender(KorIniPartsOf(*pLine))).append("\n");
     }
+    const CKorDescriptor oFile(
+        open(strFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, MODE_OF_NEW));
+    KorWriteAll(oFile.Get(), strText);
 }
 
 } // namespace

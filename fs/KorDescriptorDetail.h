@@ -3,6 +3,7 @@
 // A descriptor with an owner. Not installed.
 
 #include <cerrno>
+#include <string>
 #include <unistd.h>
 #include <utility>
 
@@ -31,3 +32,6 @@ public:
 private:
     int m_hFile;
 };
+
+/// Writes all of a text, where a signal interrupts it too. @return false with `errno`
+bool KorWriteAll(int hFile, const std::string& strContent);

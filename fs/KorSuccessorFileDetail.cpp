@@ -44,24 +44,9 @@ bool CKorSuccessorFile::Create(mode_t nMode)
     return m_bTemporary;
 }
 
-bool CKorSuccessorFile::Write(const std::string& strContent)
-{
-    if (!IsWithinSizeLimit(strContent.size()))
-        return false;
-    for (size_t nDone = 0; nDone < strContent.size();) {
-        const ssize_t nWritten =
-            write(m_oFile.Get(), &strContent[nDone], strContent.size() - nDone);
-        if (nWritten == -1 && errno != EINTR)
-            return false;
-        if (nWritten != -1)
-            nDone += static_cast<size_t>(nWritten);
-    }
-    return true;
-}
-
 bool CKorSuccessorFile::Fill(const std::string& strContent, const CKorDescriptor& oOld)
 {
-    return Write(strContent) &&
+    return IsWithinSizeLimit(strContent.size()) && KorWriteAll(m_oFile.Get(), strContent) &&
            (!oOld.IsOpen() || KorCopyFileAttributes(oOld.Get(), m_oFile.Get())) &&
            fsync(m_oFile.Get()) == 0;
 }

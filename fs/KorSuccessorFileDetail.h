@@ -28,8 +28,6 @@ public:
     KorFileState GetState() const;
 
 private:
-    bool Write(const std::string& strContent);
-
     const std::string m_strName;
     CKorDescriptor m_oFile;
     bool m_bTemporary = false;
