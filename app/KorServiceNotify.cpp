@@ -78,7 +78,7 @@ bool KorNotifyReloading()
     timespec oNow = {};
     clock_gettime(CLOCK_MONOTONIC, &oNow);
     const std::int64_t nMicroseconds = std::int64_t{oNow.tv_sec} * 1000000 + oNow.tv_nsec / 1000;
-    return Send("RELOADING=1\nMONOTONIC_USEC=" + std::to_string(nMicroseconds));
+    return Send("RELOADING=1\nMONOTONIC_USEC=" + KorWriteSigned(nMicroseconds));
 }
 
 bool KorNotifyStopping()

@@ -19,7 +19,7 @@ void CKorCmdLine::Initialize(int argc, char** argv)
     for (int i = 0; argv != nullptr && i < argc; ++i) {
         if (argv[i] == nullptr)
             throw std::logic_error("basic_string::_S_construct NULL not valid");
-        m_vecArgs.emplace_back(argv[i]);
+        m_vecArgs.push_back(argv[i]);
     }
 }
 

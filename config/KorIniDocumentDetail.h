@@ -245,7 +245,7 @@ std::vector<std::string> CKorIniDocument<TLine>::Sections()
     std::vector<std::string_view> vecNames;
     for (const TLine* pLine : Settled()) {
         if (!pLine->m_strSection.empty())
-            vecNames.emplace_back(pLine->m_strSection);
+            vecNames.push_back(pLine->m_strSection);
     }
     return KorIniSortedOnce(vecNames, m_oRule);
 }
@@ -256,7 +256,7 @@ std::vector<std::string> CKorIniDocument<TLine>::Options(std::string_view strSec
     std::vector<std::string_view> vecNames;
     for (const TLine* pLine : Settled()) {
         if (!pLine->m_strOption.empty() && m_oRule.Equal(pLine->m_strSection, strSection))
-            vecNames.emplace_back(pLine->m_strOption);
+            vecNames.push_back(pLine->m_strOption);
     }
     return KorIniSortedOnce(vecNames, m_oRule);
 }

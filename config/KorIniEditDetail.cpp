@@ -4,6 +4,7 @@
 #include "config/KorIniTextDetail.h"
 #include "text/KorStringDetail.h"
 
+#include <iterator>
 #include <list>
 
 namespace
@@ -47,6 +48,7 @@ private:
     void AddMissing();
     void AddOption(const SKorIniChange& oChange);
     void Insert(size_t nPlace, const std::string& strLines);
+    void Splice(size_t nBegin, size_t nSize, const std::string& strNew);
     std::string EndOfLastLine() const;
     void Join(std::string& rstrEdited);
 
@@ -170,7 +172,7 @@ void CEditor::SetValue(const CKorIniText& oLine, const std::string& strValue)
 {
     const std::string_view strOld = oLine.Parts().m_strValue;
     if (strOld != strValue)
-        m_lstSplices.push_back({PlaceOfValue(oLine), strOld.size(), strValue});
+        Splice(PlaceOfValue(oLine), strOld.size(), strValue);
 }
 
 /// An empty value stands behind the "=" and a blank, unless a comment needs that.
@@ -200,9 +202,9 @@ void CEditor::Cut(size_t nBegin, size_t nEnd)
         return;
     if (nBegin == 0 && HasByteOrderMark(m_strText)) {
         nBegin = KOR_BYTE_ORDER_MARK.size();
-        m_lstSplices.push_back({nBegin, nEnd - nBegin, m_strLineEnd});
+        Splice(nBegin, nEnd - nBegin, m_strLineEnd);
     } else {
-        m_lstSplices.push_back({nBegin, nEnd - nBegin, {}});
+        Splice(nBegin, nEnd - nBegin, {});
     }
 }
 
@@ -231,16 +233,25 @@ void CEditor::AddOption(const SKorIniChange& oChange)
     }
     if (oSection.m_strNew.empty())
         oSection.m_strNew = KorConcat({"[", oChange.m_strSection, "]", m_strLineEnd});
-    oSection.m_strNew += strLine;
+    oSection.m_strNew.append(strLine);
 }
 
 void CEditor::Insert(size_t nPlace, const std::string& strLines)
 {
     const bool bAtEnd = nPlace == m_strText.size();
     const bool bOpenLine = bAtEnd && nPlace != 0 && m_strText.back() != '\n' && !m_bInsertedAtEnd;
-    m_lstSplices.push_back({nPlace, 0, (bOpenLine ? EndOfLastLine() : "") + strLines});
+    Splice(nPlace, 0, bOpenLine ? EndOfLastLine() + strLines : strLines);
     m_bInsertedAtEnd |= bAtEnd;
     m_bBlankEnd &= !bAtEnd;
+}
+
+/// Keeps the splices in the order of their places, in which most of them come.
+void CEditor::Splice(size_t nBegin, size_t nSize, const std::string& strNew)
+{
+    auto itPlace = m_lstSplices.end();
+    while (itPlace != m_lstSplices.begin() && std::prev(itPlace)->m_nBegin > nBegin)
+        --itPlace;
+    m_lstSplices.insert(itPlace, {nBegin, nSize, strNew});
 }
 
 /// A carriage return would become a part of the name of a header without "]".
@@ -253,15 +264,12 @@ std::string CEditor::EndOfLastLine() const
 
 void CEditor::Join(std::string& rstrEdited)
 {
-    m_lstSplices.sort([](const SSplice& oLeft, const SSplice& oRight) {
-        return oLeft.m_nBegin < oRight.m_nBegin;
-    });
     rstrEdited.clear();
     rstrEdited.reserve(m_strText.size() + m_lstSplices.front().m_strNew.size());
     size_t nDone = 0;
     for (const SSplice& oSplice : m_lstSplices) {
         rstrEdited.append(m_strText.substr(nDone, oSplice.m_nBegin - nDone));
-        rstrEdited += oSplice.m_strNew;
+        rstrEdited.append(oSplice.m_strNew);
         nDone = oSplice.m_nBegin + oSplice.m_nSize;
     }
     rstrEdited.append(m_strText.substr(nDone));

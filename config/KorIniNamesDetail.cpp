@@ -1,10 +1,10 @@
 #include "config/KorIniNamesDetail.h"
 
-#include "config/KorIniTableDetail.h"
+#include "config/KorIniNameListDetail.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
-#include <list>
 
 namespace
 {
@@ -55,6 +55,13 @@ uint64_t Mix(uint64_t nHash, uint64_t nWord)
     return nHash ^ (nHash >> 32);
 }
 
+/// For qsort(): two views of names.
+int CompareNames(const void* pLeft, const void* pRight)
+{
+    return static_cast<const std::string_view*>(pLeft)->compare(
+        *static_cast<const std::string_view*>(pRight));
+}
+
 } // namespace
 
 bool CKorIniNameRule::Equal(std::string_view strLeft, std::string_view strRight) const
@@ -97,22 +104,14 @@ uint64_t CKorIniNameRule::Folded(uint64_t nWord) const
 std::vector<std::string> KorIniSortedOnce(const std::vector<std::string_view>& vecNames,
                                           CKorIniNameRule oRule)
 {
-    struct SSlot
-    {
-        bool IsFree() const { return m_strName.data() == nullptr; }
-        uint32_t m_nHash = 0;
-        std::string_view m_strName;
-    };
-    CKorIniTable<SSlot> oSeen;
-    std::list<std::string_view> lstOnce;
-    for (const std::string_view strName : vecNames) {
-        const uint32_t nHash = oRule.Hash(strName, 0);
-        const auto Same = [&](const SSlot& o) { return oRule.Equal(o.m_strName, strName); };
-        if (oSeen.Find(nHash, Same) != nullptr)
-            continue;
-        oSeen.Insert({nHash, strName});
-        lstOnce.push_back(strName);
-    }
-    lstOnce.sort();
-    return std::vector<std::string>(lstOnce.begin(), lstOnce.end());
+    CKorIniNameList oSeen(oRule);
+    for (const std::string_view strName : vecNames)
+        oSeen.Add({strName, {}});
+    std::vector<std::string_view> vecOnce;
+    for (size_t i = 0; i < oSeen.Size(); ++i)
+        vecOnce.push_back(oSeen.Section(i));
+    // The template of the C++ library is half a KiB for this one use.
+    if (!vecOnce.empty())
+        std::qsort(vecOnce.data(), vecOnce.size(), sizeof(std::string_view), &CompareNames);
+    return std::vector<std::string>(vecOnce.begin(), vecOnce.end());
 }

@@ -117,12 +117,11 @@ std::string WriteMagnitude(std::uint64_t nTicks)
         return "0s";
     for (const SUnit& oUnit : UNITS) {
         if (nTicks % oUnit.nTicks == 0)
-            return std::to_string(nTicks / oUnit.nTicks).append(oUnit.strName);
+            return KorDecimal(nTicks / oUnit.nTicks).append(oUnit.strName);
     }
     const std::uint64_t nHundredths = nTicks % 100;
-    return KorConcat({KorWriteUnsigned(nTicks / 100), nHundredths < 10 ? ".0" : ".",
-                      KorWriteUnsigned(nHundredths % 10 == 0 ? nHundredths / 10 : nHundredths),
-                      "us"});
+    return KorConcat({KorDecimal(nTicks / 100), nHundredths < 10 ? ".0" : ".",
+                      KorDecimal(nHundredths % 10 == 0 ? nHundredths / 10 : nHundredths), "us"});
 }
 
 } // namespace

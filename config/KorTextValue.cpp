@@ -1,5 +1,7 @@
 #include "config/KorTextValue.h"
 
+#include "text/KorStringDetail.h"
+
 #include <algorithm>
 #include <charconv>
 #include <climits>
@@ -63,12 +65,23 @@ std::string WriteFloating(T nValue)
     char acText[32]; // the longest is "-2.2250738585072014e-308"
     if (!std::isfinite(nValue))
         return "";
-    return std::string(acText, std::to_chars(acText, acText + sizeof acText, nValue).ptr);
+    const char* const pcEnd = std::to_chars(acText, acText + sizeof acText, nValue).ptr;
+    return std::string(acText, static_cast<size_t>(pcEnd - acText));
 }
 
 bool IsBlank(char c)
 {
     return c == ' ' || c == '\t';
+}
+
+/// A part of a text without blanks in front and behind, where these are to go.
+std::string_view Trimmed(std::string_view strText, bool bFront, bool bBehind)
+{
+    while (bFront && !strText.empty() && IsBlank(strText.front()))
+        strText.remove_prefix(1);
+    while (bBehind && !strText.empty() && IsBlank(strText.back()))
+        strText.remove_suffix(1);
+    return strText;
 }
 
 } // namespace
@@ -99,12 +112,13 @@ bool KorReadSigned(std::string_view strText, long long nMinimum, long long nMaxi
 
 std::string KorWriteSigned(long long nValue)
 {
-    return std::to_string(nValue);
+    const auto nBits = static_cast<std::uint64_t>(nValue);
+    return nValue < 0 ? "-" + KorDecimal(0 - nBits) : KorDecimal(nBits);
 }
 
 std::string KorWriteUnsigned(unsigned long long nValue)
 {
-    return std::to_string(nValue);
+    return KorDecimal(nValue);
 }
 
 bool KorReadText(std::string_view strText, bool& rbValue)
@@ -158,7 +172,7 @@ std::string KorSimpleText::Of(bool bValue)
 
 std::string KorSimpleText::Of(char cValue)
 {
-    return std::string(1, cValue);
+    return std::string(&cValue, 1);
 }
 
 std::string KorSimpleText::Of(float nValue)
@@ -178,12 +192,8 @@ std::vector<std::string_view> KorSplitList(std::string_view strText)
         return vecItems;
     for (size_t nBegin = 0; nBegin <= strText.size();) {
         const size_t nEnd = std::min(strText.find(',', nBegin), strText.size());
-        std::string_view strItem = strText.substr(nBegin, nEnd - nBegin);
-        while (nBegin > 0 && !strItem.empty() && IsBlank(strItem.front()))
-            strItem.remove_prefix(1);
-        while (nEnd < strText.size() && !strItem.empty() && IsBlank(strItem.back()))
-            strItem.remove_suffix(1);
-        vecItems.push_back(strItem);
+        vecItems.push_back(
+            Trimmed(strText.substr(nBegin, nEnd - nBegin), nBegin > 0, nEnd < strText.size()));
         nBegin = nEnd + 1;
     }
     return vecItems;

@@ -16,8 +16,7 @@ namespace
 std::string Enclosed(const std::string& strText)
 {
     const bool bHasQuotes = strText.size() > 1 && strText.front() == '"' && strText.back() == '"';
-    const bool bHasSpace = strText.find_first_of(KOR_WHITE_SPACE) != std::string::npos;
-    return bHasQuotes || bHasSpace ? '"' + strText + '"' : strText;
+    return bHasQuotes || KorHasWhiteSpace(strText) ? KorConcat({"\"", strText, "\""}) : strText;
 }
 
 std::string Printable(std::string strText)

@@ -1,6 +1,9 @@
 #include "text/KorHexText.h"
 
+#include "text/KorStringDetail.h"
+
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -27,14 +30,9 @@ void AppendByte(std::string& strText, char cByte)
     strText += DIGITS[nByte & 0xF];
 }
 
-bool IsWhiteSpace(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 const char* SkipWhiteSpace(const char* pText, const char* pEnd)
 {
-    while (pText != pEnd && IsWhiteSpace(*pText))
+    while (pText != pEnd && KorIsWhiteSpace(*pText))
         ++pText;
     return pText;
 }
@@ -98,7 +96,7 @@ bool KorFromHexText(const std::string& strHex, std::string& rstrData)
         strData += static_cast<char>(DigitValue(pText[0]) << 4 | DigitValue(pText[1]));
         pText += 2;
     }
-    rstrData.swap(strData);
+    rstrData = std::move(strData);
     return true;
 }
 

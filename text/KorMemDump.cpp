@@ -1,5 +1,7 @@
 #include "text/KorMemDump.h"
 
+#include "text/KorStringDetail.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -44,7 +46,8 @@ std::string Hex(std::uintptr_t nValue, size_t nMinDigits)
 {
     char acDigits[2 * sizeof nValue];
     char* const pcEnd = acDigits + sizeof acDigits;
-    return std::string(PutHex(pcEnd, nValue, nMinDigits), pcEnd);
+    const char* const pcBegin = PutHex(pcEnd, nValue, nMinDigits);
+    return std::string(pcBegin, static_cast<size_t>(pcEnd - pcBegin));
 }
 
 void PutBytes(char* pcHex, char* pcCharacters, const char* pcBytes, unsigned int nBytes)
@@ -87,7 +90,8 @@ void AppendLines(std::string& strText, const char* data, unsigned int length, un
 void AppendHeader(std::string& strText, const char* data, unsigned int length)
 {
     // Wanted: the address brings a "0x" of its own, with zeros in front of it up to 8 characters.
-    const std::string strAddress = "0x" + Hex(reinterpret_cast<std::uintptr_t>(data), 1);
+    const std::string strAddress =
+        KorConcat({"0x", Hex(reinterpret_cast<std::uintptr_t>(data), 1)});
     strText.append("Address: 0x").append(8 - std::min<size_t>(strAddress.size(), 8), '0');
     strText.append(strAddress).append("  Length : 0x").append(Hex(length, 8)).append("\n");
 }
@@ -97,7 +101,8 @@ void AppendHeader(std::string& strText, const char* data, unsigned int length)
 std::string KorMemDumpLine(const char* data, unsigned int length, unsigned int offset)
 {
     char acLine[LINE_SIZE];
-    return std::string(PutLine(acLine, data, length, offset), acLine + LINE_END);
+    const char* const pcBegin = PutLine(acLine, data, length, offset);
+    return std::string(pcBegin, static_cast<size_t>(acLine + LINE_END - pcBegin));
 }
 
 std::string KorMemDump(const char* data, unsigned int length, unsigned int headLines,
@@ -117,7 +122,7 @@ std::string KorMemDump(const char* data, unsigned int length, unsigned int headL
         AppendLines(strText, data, length, 0, nLines);
     } else {
         AppendLines(strText, data, length, 0, headLines);
-        strText += "...\n";
+        strText.append("...\n");
         AppendLines(strText, data, length, nLines - tailLines, nLines);
     }
     return strText;

@@ -15,7 +15,7 @@ void CKorMutexBuffer::AddChar(char c)
 void CKorMutexBuffer::AddString(const std::string& strText)
 {
     const KorMutexHold oHold(m_oMutex);
-    m_sBuffer += strText;
+    m_sBuffer.append(strText);
 }
 
 std::string CKorMutexBuffer::GetBuffer()

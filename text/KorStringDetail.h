@@ -2,12 +2,10 @@
 
 // Byte strings with a length, so that a NUL byte is a byte like any other. Not installed.
 
+#include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <string_view>
-
-/// What `isspace` reports in the "C" locale.
-constexpr std::string_view KOR_WHITE_SPACE = " \t\n\v\f\r";
 
 /// The text, empty for a null pointer.
 inline std::string_view KorText(const char* pszText)
@@ -18,11 +16,20 @@ inline std::string_view KorText(const char* pszText)
 /// The parts one behind the other. A chain of "+" would take three times the code.
 std::string KorConcat(std::initializer_list<std::string_view> lstParts);
 
-/// As KOR_WHITE_SPACE.
+/// Writes the digits of a number in front of @p pLast; of 0, none.
+/// @return the first of them
+char* KorPutDecimal(char* pLast, std::uint64_t nNumber);
+
+/// A number in decimal digits.
+std::string KorDecimal(std::uint64_t nNumber);
+
+/// Whether `isspace` reports the character in the "C" locale.
 constexpr bool KorIsWhiteSpace(char c)
 {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
+
+bool KorHasWhiteSpace(std::string_view strText);
 
 /// The text without trailing white space.
 inline std::string_view KorRTrim(std::string_view strText)

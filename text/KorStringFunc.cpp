@@ -28,10 +28,9 @@ void KorDeQuoteString(std::string& strText)
 void KorQuoteString(std::string& strText, bool bOnlyIfWhiteSpace)
 {
     KorDeQuoteString(strText);
-    if (bOnlyIfWhiteSpace && strText.find_first_of(KOR_WHITE_SPACE) == std::string::npos)
+    if (bOnlyIfWhiteSpace && !KorHasWhiteSpace(strText))
         return;
-    strText.insert(strText.begin(), '"');
-    strText += '"';
+    strText = KorConcat({"\"", strText, "\""});
 }
 
 std::vector<std::string> KorGetParameterList(const char* pszText, char cSeparator)
@@ -40,10 +39,10 @@ std::vector<std::string> KorGetParameterList(const char* pszText, char cSeparato
     if (pszText == nullptr)
         return vecItems;
 
-    vecItems.emplace_back();
+    vecItems.push_back({});
     for (; *pszText != '\0'; ++pszText) {
         if (*pszText == cSeparator)
-            vecItems.emplace_back();
+            vecItems.push_back({});
         else
             vecItems.back() += *pszText;
     }

@@ -1,3 +1,4 @@
+#include "text/KorStringDetail.h"
 #include "time/KorIsoDetail.h"
 #include "time/KorIsoTime.h"
 
@@ -24,18 +25,20 @@ constexpr std::size_t UNIT_COUNT = sizeof UNITS / sizeof *UNITS;
 void AppendPart(std::string& strText, std::uint64_t nNumber, char cUnit)
 {
     if (nNumber != 0)
-        strText.append(std::to_string(nNumber)).push_back(cUnit);
+        strText.append(KorDecimal(nNumber)).push_back(cUnit);
 }
 
 /// Appends the seconds of a minute with as many digits behind the point as they need.
 void AppendSeconds(std::string& strText, std::uint64_t nTicks)
 {
-    strText.append(std::to_string(nTicks / KorTicks::PER_SECOND));
+    strText.append(KorDecimal(nTicks / KorTicks::PER_SECOND));
     const std::uint64_t nFraction = nTicks % KorTicks::PER_SECOND;
     if (nFraction != 0) {
-        std::string strDigits = std::to_string(KorTicks::PER_SECOND + nFraction);
+        std::string strDigits = KorDecimal(KorTicks::PER_SECOND + nFraction);
         strDigits[0] = '.'; // in the place of the 1 that keeps the zeros in front
-        strText.append(strDigits.data(), strDigits.find_last_not_of('0') + 1);
+        while (strDigits.back() == '0')
+            strDigits.resize(strDigits.size() - 1);
+        strText.append(strDigits);
     }
     strText.push_back('S');
 }

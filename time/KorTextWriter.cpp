@@ -1,28 +1,12 @@
 #include "time/KorTextWriterDetail.h"
 
+#include "text/KorStringDetail.h"
 #include "time/KorDigitsDetail.h"
 #include "time/KorPlainLocaleDetail.h"
 
 #include <algorithm>
 #include <iterator>
 #include <locale>
-
-namespace
-{
-
-/// Writes the digits of a number in front of @p pLast; of 0, none.
-/// @return the first of them
-char* PutBackwards(char* pLast, std::uint64_t nNumber)
-{
-    for (; nNumber > UINT32_MAX; nNumber /= 10)
-        *--pLast = static_cast<char>('0' + nNumber % 10);
-    // On from here in 32 bits, which is much cheaper on 32-bit boards.
-    for (auto nRest = static_cast<std::uint32_t>(nNumber); nRest != 0; nRest /= 10)
-        *--pLast = static_cast<char>('0' + nRest % 10);
-    return pLast;
-}
-
-} // namespace
 
 bool KorWritesPlainly(const std::ostream& oStream, bool bOwnWidth)
 {
@@ -57,7 +41,7 @@ void CKorPlainText::Digits(std::uint64_t nNumber, int nWidth)
     } else {
         char acDigits[20];
         char* const pLast = std::end(acDigits);
-        char* pFirst = PutBackwards(pLast, nNumber);
+        char* pFirst = KorPutDecimal(pLast, nNumber);
         while (pLast - pFirst < std::max(nWidth, 1))
             *--pFirst = '0';
         m_pEnd = std::copy(pFirst, pLast, m_pEnd);

@@ -44,7 +44,10 @@ public:
     {
         return KorPutPlainText(oStream, m_acText, m_pEnd, m_bFilled);
     }
-    std::string ToString() const { return std::string(m_acText, static_cast<const char*>(m_pEnd)); }
+    std::string ToString() const
+    {
+        return std::string(m_acText, static_cast<std::size_t>(m_pEnd - m_acText));
+    }
 
 private:
     void Digits(std::uint64_t nNumber, int nWidth);

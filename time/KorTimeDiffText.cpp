@@ -1,3 +1,4 @@
+#include "text/KorStringDetail.h"
 #include "time/KorStreamSlotDetail.h"
 #include "time/KorTextReaderDetail.h"
 #include "time/KorTextWriterDetail.h"
@@ -146,7 +147,8 @@ std::istream& CKorTimeDiff::GetStream(std::istream& oStream)
 
 void CKorTimeDiff::Time2Str(std::string& strText) const
 {
-    strText = std::to_string(m_nValue);
+    strText = m_nValue < 0 ? "-" : "";
+    strText.append(KorDecimal(m_nValue < 0 ? 0 - Bits(m_nValue) : Bits(m_nValue)));
 }
 
 std::ostream& operator<<(std::ostream& oStream, const CKorTimeDiff& oSpan)
