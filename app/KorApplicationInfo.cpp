@@ -1,9 +1,10 @@
 #include "app/KorApplicationInfo.h"
 
 #include "config/KorTextValue.h"
+#include "text/KorStringDetail.h"
 
-#include <locale>
-#include <sstream>
+#include <climits>
+#include <cstdlib>
 
 namespace
 {
@@ -13,12 +14,24 @@ const char* TextOr(const char* pszText, const char* pszDefault)
     return pszText != nullptr ? pszText : pszDefault;
 }
 
-/// Reads a number; a failed read leaves nValue as it was.
-void ReadNumber(std::istream& oStream, int& nValue)
+/// Reads a number as a stream does: behind white space, with a sign, and nothing beyond the type.
+/// @return the text behind it; null, with rnValue as it was, when there is none
+const char* ReadNumber(const char* pszText, int& rnValue)
 {
-    int nRead = 0;
-    if (oStream >> nRead)
-        nValue = nRead;
+    char* pEnd = nullptr;
+    const long long nRead = pszText != nullptr ? std::strtoll(pszText, &pEnd, 10) : 0;
+    if (pEnd == pszText || nRead < INT_MIN || nRead > INT_MAX)
+        return nullptr;
+    rnValue = static_cast<int>(nRead);
+    return pEnd;
+}
+
+/// Passes white space and one character behind it. @return null when there is none
+const char* SkipSeparator(const char* pszText)
+{
+    while (pszText != nullptr && KorIsWhiteSpace(*pszText))
+        ++pszText;
+    return pszText != nullptr && *pszText != '\0' ? pszText + 1 : nullptr;
 }
 
 } // namespace
@@ -86,15 +99,9 @@ void CKorApplicationInfo::SetVersion(int nMajor, int nMinor, int nPatch)
 void CKorApplicationInfo::SetVersion(const char* pszVersion)
 {
     SetVersion(1, 0, 0);
-    std::istringstream oStream(TextOr(pszVersion, ""));
-    // A global locale whose thousands separator is "." would read "1.0.10" as one number.
-    oStream.imbue(std::locale::classic());
-    char cSeparator = 0;
-    ReadNumber(oStream, m_nVersionMajor);
-    oStream >> cSeparator;
-    ReadNumber(oStream, m_nVersionMinor);
-    oStream >> cSeparator;
-    ReadNumber(oStream, m_nVersionPatch);
+    const char* pszRest = ReadNumber(TextOr(pszVersion, ""), m_nVersionMajor);
+    pszRest = ReadNumber(SkipSeparator(pszRest), m_nVersionMinor);
+    ReadNumber(SkipSeparator(pszRest), m_nVersionPatch);
 }
 
 std::string CKorApplicationInfo::GetVersion() const
