@@ -100,7 +100,7 @@ bool CKorChild::Launch(const std::vector<std::string>& vecArguments,
         !oStreams.Open(oOptions, oSpawn))
         return false;
     std::unique_lock<std::mutex> oLock(pState->m_oMutex);
-    if (!pState->StartToWait(m_oThread))
+    if (!KorStartToWait(pState, m_oThread))
         return false;
     const pid_t nProcessID = oSpawn.Run();
     const int nErrno = errno;

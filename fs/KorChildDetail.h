@@ -10,13 +10,9 @@
 
 /// A child as its object and the thread that waits for it see it. The one that lives longer
 /// destroys it.
-struct SKorChildState : std::enable_shared_from_this<SKorChildState>
+struct SKorChildState
 {
     SKorChildState();
-
-    /// Makes the thread, which waits for the child as soon as the mutex is free.
-    /// @return false with `errno` when the system cannot
-    bool StartToWait(pthread_t& rnThread);
 
     std::mutex m_oMutex;        ///< Held while the child is started, signalled or collected.
     pid_t m_nProcessID = 0;     ///< 0: it could not be started.
@@ -25,6 +21,10 @@ struct SKorChildState : std::enable_shared_from_this<SKorChildState>
     CKorHandle m_oEnd;          ///< Readable when it has ended.
     std::atomic<bool> m_bEnded; ///< Set last.
 };
+
+/// Makes the thread that waits for the child as soon as the mutex is free.
+/// @return false with `errno` when the system cannot
+bool KorStartToWait(const std::shared_ptr<SKorChildState>& pState, pthread_t& rnThread);
 
 /// poll() with a time-out in milliseconds of which 0xFFFFFFFF never ends; longer ones than poll()
 /// can wait are cut.

@@ -59,9 +59,9 @@ SKorChildState::SKorChildState() : m_bEnded(false)
     m_oEnd = CKorHandle(eventfd(0, EFD_CLOEXEC));
 }
 
-bool SKorChildState::StartToWait(pthread_t& rnThread)
+bool KorStartToWait(const std::shared_ptr<SKorChildState>& pState, pthread_t& rnThread)
 {
-    auto pArgument = std::make_unique<std::shared_ptr<SKorChildState>>(shared_from_this());
+    auto pArgument = std::make_unique<std::shared_ptr<SKorChildState>>(pState);
     errno = pthread_create(&rnThread, nullptr, ThreadMain, pArgument.get());
     if (errno != 0)
         return false;
