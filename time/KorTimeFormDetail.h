@@ -108,7 +108,7 @@ struct SForm
         anElements[nElements++] = static_cast<std::uint8_t>(nElement);
         if (nWidth > 2)
             AddPlace(SPairs::First(nElement), nLength);
-        nLength += nWidth;
+        nLength = static_cast<std::uint8_t>(nLength + nWidth);
         AddPlace(SPairs::Last(nElement), nLength - 2);
         bFine = bFine || nElement >= CKorUTCTime::eElemMicro;
     }
@@ -126,11 +126,11 @@ struct SForm
     static constexpr size_t MAX_LENGTH = 32; ///< one more than the longest record has
 
     char acText[MAX_LENGTH] = {};
-    int nLength = 0;
+    std::uint8_t nLength = 0;
     std::uint8_t anElements[9] = {}; ///< the fields
-    int nElements = 0;
-    SPlace aoPlaces[18] = {}; ///< where their digits go
-    int nPlaces = 0;
+    std::uint8_t nElements = 0;
+    SPlace aoPlaces[13] = {}; ///< where their digits go
+    std::uint8_t nPlaces = 0;
     bool bFine = false; ///< whether it has more than milliseconds
 };
 

@@ -19,14 +19,12 @@ struct SChange
     bool bToSummer;
 };
 
-/// Adds a change behind those that do not come after it. Few do: a rule's changes come nearly in
+/// Moves a change up before those that come after it. Few do: a rule's changes come nearly in
 /// their order.
-void Insert(std::vector<SChange>& rvecChanges, const SChange& oChange)
+void SortIn(SChange* pFirst, SChange* pChange)
 {
-    rvecChanges.push_back(oChange);
-    for (std::size_t n = rvecChanges.size() - 1;
-         n > 0 && rvecChanges[n].nSecond < rvecChanges[n - 1].nSecond; --n)
-        std::swap(rvecChanges[n], rvecChanges[n - 1]);
+    for (; pChange != pFirst && pChange->nSecond < pChange[-1].nSecond; --pChange)
+        std::swap(pChange[0], pChange[-1]);
 }
 
 /// The changes of a rule from years before an instant to more than 400 years behind it, ascending.
@@ -37,11 +35,14 @@ std::vector<SChange> ChangesAround(const CKorZoneRule& oRule, std::int64_t nFrom
     constexpr std::int64_t SECONDS_PER_YEAR = 31556952;
     constexpr std::int64_t YEARS_AROUND = 3; // the quotient and changes may be off by a year
     const std::int64_t nYear = 1970 + FloorQuotient(nFrom, SECONDS_PER_YEAR);
-    std::vector<SChange> vecChanges;
-    vecChanges.reserve(2 * (KorCalendar::YEARS_PER_ERA + 2 * YEARS_AROUND));
-    for (std::int64_t n = -YEARS_AROUND; n < KorCalendar::YEARS_PER_ERA + YEARS_AROUND; ++n) {
-        Insert(vecChanges, {oRule.SummerBegin(nYear + n), true});
-        Insert(vecChanges, {oRule.SummerEnd(nYear + n), false});
+    std::vector<SChange> vecChanges(2 * (KorCalendar::YEARS_PER_ERA + 2 * YEARS_AROUND));
+    std::int64_t n = nYear - YEARS_AROUND;
+    SChange* const pFirst = vecChanges.data();
+    for (SChange* pChange = pFirst; pChange != pFirst + vecChanges.size(); ++n) {
+        *pChange = {oRule.SummerBegin(n), true};
+        SortIn(pFirst, pChange++);
+        *pChange = {oRule.SummerEnd(n), false};
+        SortIn(pFirst, pChange++);
     }
     return vecChanges;
 }
