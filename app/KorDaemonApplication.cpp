@@ -1,6 +1,7 @@
 #include "app/KorDaemonApplication.h"
 
 #include "app/KorServiceNotify.h"
+#include "fs/KorPathFunc.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -84,10 +85,12 @@ int CKorDaemonApplication::Start(int argc, char** argv)
 void CKorDaemonApplication::TakeProgramName(int argc, char** argv)
 {
     std::string strProgram = argv != nullptr && argc > 0 && argv[0] != nullptr ? argv[0] : ".";
-    const size_t nTitle = strProgram.find_last_of("/\\") + 1; // 0 without a separator
+    size_t nTitle = strProgram.size();
+    while (nTitle > 0 && !IsSeparator(strProgram[nTitle - 1]))
+        --nTitle;
     if (strProgram.find('.', nTitle) != std::string::npos)
         return InitializeClass(argc, argv);
-    strProgram += ".";
+    strProgram.append(".");
     std::vector<char*> vecArguments(argv, argv + argc);
     vecArguments[0] = strProgram.data();
     InitializeClass(argc, vecArguments.data());

@@ -2,9 +2,11 @@
 
 #include "app/KorOpenDetail.h"
 #include "config/KorTextValue.h"
+#include "text/KorStringDetail.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <charconv>
+#include <climits>
 #include <mutex>
 #include <pthread.h>
 #include <sys/file.h>
@@ -73,19 +75,20 @@ bool IsNamed(int hFile, const std::string& strName)
 /// @return false for any other content; an empty file holds number 0
 bool ReadNumber(int hFile, int& nNumber)
 {
-    constexpr char SPACE[] = " \t\r\n";
     char acContent[64];
     const ssize_t nRead = pread(hFile, acContent, sizeof acContent, 0);
     nNumber = 0;
     if (nRead < 0 || nRead == sizeof acContent)
         return false;
-    const std::string strContent(acContent, static_cast<size_t>(nRead));
-    const size_t nFirst = strContent.find_first_not_of(SPACE);
-    if (nFirst == std::string::npos)
+    const std::string_view strNumber =
+        KorLTrim(KorRTrim(std::string_view(acContent, static_cast<size_t>(nRead))));
+    if (strNumber.empty())
         return nRead == 0;
-    const size_t nBehind = strContent.find_last_not_of(SPACE) + 1;
-    std::from_chars(acContent + nFirst, acContent + nBehind, nNumber);
-    return strContent.find_first_not_of("0123456789", nFirst) >= nBehind;
+    const size_t nDigits = std::min(strNumber.find_first_not_of("0123456789"), strNumber.size());
+    unsigned long long nValue = 0;
+    if (KorReadUnsigned(strNumber.substr(0, nDigits), INT_MAX, nValue))
+        nNumber = static_cast<int>(nValue);
+    return nDigits == strNumber.size();
 }
 
 bool WriteNumber(int hFile)

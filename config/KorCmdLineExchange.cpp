@@ -87,7 +87,7 @@ CKorCmdLineExchange::EArgument CKorCmdLineExchange::Classify(const std::string& 
 
     EArgument nArgument = EArgument::POSITIONAL;
     for (const SOptionDesc& oDesc : m_vecOptionDesc) {
-        if (strArgument.compare(1, std::string::npos, oDesc.m_strName) != 0)
+        if (std::string_view(strArgument).substr(1) != oDesc.m_strName)
             continue;
         if (oDesc.m_bHasValue)
             return EArgument::OPTION_WITH_VALUE;

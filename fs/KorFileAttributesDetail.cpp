@@ -20,7 +20,8 @@ bool ListAttributes(int hFile, Names& rvecNames)
     const ssize_t nSize = flistxattr(hFile, nullptr, 0);
     if (nSize == -1)
         return errno == ENOTSUP;
-    std::string strNames(static_cast<size_t>(nSize), '\0');
+    std::string strNames;
+    strNames.resize(static_cast<size_t>(nSize));
     if (nSize != 0 && flistxattr(hFile, strNames.data(), strNames.size()) != nSize)
         return false;
     for (size_t nName = 0; nName < strNames.size(); nName += rvecNames.back().size() + 1)

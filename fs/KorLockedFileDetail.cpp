@@ -1,22 +1,20 @@
 #include "fs/KorLockedFileDetail.h"
 
 #include "fs/KorSuccessorFileDetail.h"
+#include "time/KorTimeout.h"
 
-#include <chrono>
 #include <climits>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <thread>
+#include <unistd.h>
 
 namespace
 {
 
-using Clock = std::chrono::steady_clock;
-
-constexpr std::chrono::seconds LOCK_PATIENCE(2);
+constexpr unsigned int LOCK_PATIENCE_MS = 2000;
 // Short, since a writer that works in a loop leaves only short gaps.
-constexpr std::chrono::microseconds LOCK_INTERVAL(250);
+constexpr useconds_t LOCK_INTERVAL_US = 250;
 
 constexpr mode_t MODE_OF_NEW = 0666;
 constexpr mode_t MODE_UNREADABLE = 0200;
@@ -47,15 +45,15 @@ bool ResolveLinks(std::string& rstrPath)
 
 bool WaitForLock(int hFile)
 {
-    const auto oDeadline = Clock::now() + LOCK_PATIENCE;
+    const CKorTimeout oPatience(LOCK_PATIENCE_MS);
     while (flock(hFile, LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR)
             return false;
-        if (Clock::now() >= oDeadline) {
+        if (oPatience.IsExpired()) {
             errno = EBUSY;
             return false;
         }
-        std::this_thread::sleep_for(LOCK_INTERVAL);
+        usleep(LOCK_INTERVAL_US);
     }
     return true;
 }

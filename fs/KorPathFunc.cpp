@@ -1,5 +1,7 @@
 #include "fs/KorPathFunc.h"
 
+#include "text/KorStringDetail.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <stdexcept>
@@ -62,15 +64,17 @@ void Put(std::string* pstrOutput, std::string_view strPart)
 void RemoveTrailingSeparator(std::string& strDir)
 {
     if (!strDir.empty() && IsSeparator(strDir.back()))
-        strDir.pop_back();
+        strDir.erase(strDir.size() - 1);
 }
 
 /// Drops the last separator and what follows it; a directory of one name stays as it is.
 void RemoveLastComponent(std::string& strDir)
 {
-    const size_t nSeparator = strDir.find_last_of(SEPARATORS);
-    if (nSeparator != std::string::npos)
-        strDir.erase(nSeparator);
+    size_t nEnd = strDir.size();
+    while (nEnd > 0 && !IsSeparator(strDir[nEnd - 1]))
+        --nEnd;
+    if (nEnd > 0)
+        strDir.erase(nEnd - 1);
 }
 
 /// Takes one leading "./" or "../" off the path, the latter together with a component of strDir.
@@ -159,13 +163,12 @@ std::string MakePathAbsolute(const char* pszPath, const char* pszBase)
         strDir += '/';
 
     // Ends in a separator, so that it has no title: the drive is all there is to split off.
-    std::string strDrive;
-    strDrive.assign(strDir, 0, DriveLength(strDir));
+    const std::string strDrive = strDir.substr(0, DriveLength(strDir));
     strDir.erase(0, strDrive.size());
     RemoveTrailingSeparator(strDir);
     const char* const pszRest = TakeSteps(pszPath, strDir);
 
-    std::string strResult = strDrive + strDir + '/' + pszRest;
+    std::string strResult = KorConcat({strDrive, strDir, "/", pszRest});
     std::replace(strResult.begin(), strResult.end(), '\\', '/');
     return strResult;
 }

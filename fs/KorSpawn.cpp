@@ -55,7 +55,7 @@ void ResetSignals()
         sigaction(nSignal, &oDefault, nullptr);
     sigset_t oNone;
     sigemptyset(&oNone);
-    sigprocmask(SIG_SETMASK, &oNone, nullptr);
+    pthread_sigmask(SIG_SETMASK, &oNone, nullptr);
 }
 
 /// Has the child end with the thread that started it, which may be gone already.

@@ -41,7 +41,7 @@ bool IsReplaced(const char* pszEntry, const std::vector<std::string>& vecEntries
 {
     for (; nFrom < vecEntries.size(); ++nFrom) {
         const size_t nName = vecEntries[nFrom].find('=') + 1;
-        if (vecEntries[nFrom].compare(0, nName, pszEntry, strnlen(pszEntry, nName)) == 0)
+        if (std::strncmp(vecEntries[nFrom].c_str(), pszEntry, nName) == 0)
             return true;
     }
     return false;
@@ -113,7 +113,7 @@ bool CKorSpawn::PrepareEnvironment(const SKorChildOptions& oOptions)
 void CKorSpawn::PreparePrograms(const std::string& strProgram)
 {
     if (strProgram.empty() || strProgram.find('/') != std::string::npos) {
-        m_vecPrograms.push_back(strProgram);
+        m_vecPrograms.push_back(std::string(strProgram));
         return;
     }
     const char* const pszPath = std::getenv("PATH");

@@ -7,7 +7,7 @@ bool KorReadFile(const char* pszName, std::string& rstrContent)
     SKorFileImage oImage;
     if (!oImage.Read(pszName != nullptr ? pszName : ""))
         return false;
-    rstrContent.swap(oImage.m_strContent);
+    rstrContent = std::move(oImage.m_strContent);
     return true;
 }
 

@@ -54,13 +54,16 @@ void CKorLineWake::Close()
 
 void CKorLineWake::Raise() const
 {
-    eventfd_write(m_hWake, 1);
+    const std::uint64_t nOne = 1;
+    const ssize_t nWritten = write(m_hWake, &nOne, sizeof nOne);
+    static_cast<void>(nWritten); // one that is full is raised
 }
 
 void CKorLineWake::Clear() const
 {
-    eventfd_t nCount = 0;
-    eventfd_read(m_hWake, &nCount);
+    std::uint64_t nCount = 0;
+    const ssize_t nRead = read(m_hWake, &nCount, sizeof nCount);
+    static_cast<void>(nRead); // nothing to clear is cleared
 }
 
 int KorWaitForLine(int hLine, short nEvents, int hWake, std::int64_t nMoment)

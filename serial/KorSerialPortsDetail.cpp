@@ -22,7 +22,7 @@ std::vector<std::string> EntriesOf(const std::string& strFolder)
         return vecNames;
     while (const dirent* const pEntry = readdir(pFolder)) {
         if (pEntry->d_name[0] != '.')
-            vecNames.emplace_back(pEntry->d_name);
+            vecNames.push_back(pEntry->d_name);
     }
     closedir(pFolder);
     return vecNames;
@@ -35,7 +35,7 @@ std::string RealName(const std::string& strFolder, std::string_view strName)
     return realpath(KorConcat({strFolder, strName}).c_str(), acName) != nullptr ? acName : "";
 }
 
-std::string LastPart(const std::string& strName)
+std::string_view LastPart(std::string_view strName)
 {
     return strName.substr(strName.rfind('/') + 1);
 }
@@ -86,7 +86,8 @@ std::string StableName(const std::string& strRoot, const std::string& strDevice)
         std::string strFirst;
         for (const std::string& strName : EntriesOf(KorConcat({strRoot, pszFolder}))) {
             const std::string strLink = KorConcat({pszFolder, "/", strName});
-            if (RealName(strRoot, strLink) == strTarget && (strFirst.empty() || strLink < strFirst))
+            if (RealName(strRoot, strLink) == strTarget &&
+                (strFirst.empty() || std::string_view(strLink) < strFirst))
                 strFirst = strLink;
         }
         if (!strFirst.empty() && !strTarget.empty())
@@ -118,46 +119,42 @@ void SortIn(std::vector<SKorSerialPort>& rvecPorts, SKorSerialPort oPort)
     }
 }
 
-std::size_t EndOfDigits(const std::string& strText, std::size_t nStart)
-{
-    return std::min(strText.find_first_not_of("0123456789", nStart), strText.size());
-}
-
 bool IsDigit(char c)
 {
     return c >= '0' && c <= '9';
 }
 
-/// The number at the position, without its leading zeros.
-std::string NumberAt(const std::string& strText, std::size_t nStart, std::size_t nEnd)
+/// Takes the number that a text begins with, without its leading zeros.
+std::string_view TakeNumber(std::string_view& rstrText)
 {
-    const std::size_t nFirst = std::min(strText.find_first_not_of('0', nStart), nEnd);
-    return strText.substr(nFirst, nEnd - nFirst);
+    std::size_t nDigits = 0;
+    std::size_t nZeros = 0;
+    for (; nDigits < rstrText.size() && IsDigit(rstrText[nDigits]); ++nDigits)
+        nZeros += nZeros == nDigits && rstrText[nDigits] == '0' ? 1 : 0;
+    const std::string_view strNumber = rstrText.substr(nZeros, nDigits - nZeros);
+    rstrText.remove_prefix(nDigits);
+    return strNumber;
 }
 
 } // namespace
 
-bool KorIsNameBefore(const std::string& strLeft, const std::string& strRight)
+bool KorIsNameBefore(std::string_view strLeft, std::string_view strRight)
 {
-    std::size_t i = 0;
-    std::size_t j = 0;
-    while (i < strLeft.size() && j < strRight.size()) {
-        if (!IsDigit(strLeft[i]) || !IsDigit(strRight[j])) {
-            if (strLeft[i] != strRight[j])
-                return strLeft[i] < strRight[j];
-            ++i;
-            ++j;
-            continue;
+    while (!strLeft.empty() && !strRight.empty()) {
+        if (IsDigit(strLeft.front()) && IsDigit(strRight.front())) {
+            const std::string_view strOne = TakeNumber(strLeft);
+            const std::string_view strOther = TakeNumber(strRight);
+            if (strOne != strOther)
+                return strOne.size() != strOther.size() ? strOne.size() < strOther.size()
+                                                        : strOne < strOther;
+        } else if (strLeft.front() != strRight.front()) {
+            return strLeft.front() < strRight.front();
+        } else {
+            strLeft.remove_prefix(1);
+            strRight.remove_prefix(1);
         }
-        const std::string strOne = NumberAt(strLeft, i, EndOfDigits(strLeft, i));
-        const std::string strOther = NumberAt(strRight, j, EndOfDigits(strRight, j));
-        if (strOne != strOther)
-            return strOne.size() != strOther.size() ? strOne.size() < strOther.size()
-                                                    : strOne < strOther;
-        i = EndOfDigits(strLeft, i);
-        j = EndOfDigits(strRight, j);
     }
-    return strLeft.size() - i < strRight.size() - j;
+    return strLeft.size() < strRight.size();
 }
 
 void KorListSerialPortsBelow(const std::string& strRoot, std::vector<SKorSerialPort>& rvecPorts)
@@ -169,7 +166,7 @@ void KorListSerialPortsBelow(const std::string& strRoot, std::vector<SKorSerialP
         const std::string strShown = RealName(strEntry, "/device");
         // Consoles have no device; slots that a driver keeps for UARTs that are not there have
         // the type 0.
-        if (!strShown.empty() && LineOf(strEntry, "/type") != "0")
+        if (!strShown.empty() && LineOf(strEntry, "/type") != std::string_view("0"))
             SortIn(rvecPorts, Describe(strRoot, strName, strShown));
     }
 }

@@ -4,8 +4,10 @@
 
 #include "serial/KorSerialPorts.h"
 
+#include <string_view>
+
 /// As KorListSerialPorts(), for a system whose files are below @p strRoot.
 void KorListSerialPortsBelow(const std::string& strRoot, std::vector<SKorSerialPort>& rvecPorts);
 
 /// Whether a name comes before another, runs of digits compared as numbers.
-bool KorIsNameBefore(const std::string& strLeft, const std::string& strRight);
+bool KorIsNameBefore(std::string_view strLeft, std::string_view strRight);

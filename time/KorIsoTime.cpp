@@ -231,7 +231,7 @@ std::string KorToIsoString(const CKorUTCTime& oTime, int nOffsetMinutes, unsigne
     pEnd = KorDigits::PutTwo(pEnd, nSecond % 60);
     pEnd = PutFraction(pEnd, static_cast<std::uint32_t>(oClock.nTick), nDigits);
     pEnd = PutOffset(pEnd, nOffsetMinutes);
-    return std::string(aText, pEnd);
+    return std::string(aText, static_cast<std::size_t>(pEnd - aText));
 }
 
 bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime, int* pnOffsetMinutes)

@@ -53,8 +53,7 @@ char* PutDate(char* pEnd, std::int64_t nDay)
 int NumberOf(const std::string& strName, const char* pszNames)
 {
     for (int n = 1; *pszNames != '\0'; ++n, pszNames += NAME_LENGTH) {
-        if (strName.size() == NAME_LENGTH &&
-            strName.compare(0, NAME_LENGTH, pszNames, NAME_LENGTH) == 0)
+        if (strName == std::string_view(pszNames, NAME_LENGTH))
             return n;
     }
     return 0;
@@ -212,7 +211,7 @@ bool CMailReader::TakeZone()
     const std::string strName = TakeName(m_oText);
     const int nZone = NumberOf(strName, ZONES);
     m_nOffset = nZone == 0 ? 0 : -60 * (4 + nZone / 2);
-    return strName != "J"; // no zone, but the observer's own time
+    return strName != std::string_view("J"); // no zone, but the observer's own time
 }
 
 bool CMailReader::TakeNumericZone()
@@ -251,7 +250,7 @@ std::string KorToMailDate(const CKorUTCTime& oTime, int nOffsetMinutes)
     *pEnd++ = nOffsetMinutes < 0 ? '-' : '+';
     const auto nMinutes = static_cast<std::uint32_t>(std::abs(nOffsetMinutes));
     pEnd = KorDigits::PutFour(pEnd, nMinutes / 60 * 100 + nMinutes % 60);
-    return std::string(aText, pEnd);
+    return std::string(aText, static_cast<std::size_t>(pEnd - aText));
 }
 
 bool KorFromMailDate(const std::string& strText, CKorUTCTime& rTime, int* pnOffsetMinutes)

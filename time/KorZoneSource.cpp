@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -52,7 +53,7 @@ bool ReadAll(int nFile, std::string& strContent)
 
 bool HasParent(const std::string& strName)
 {
-    return KorConcat({"/", strName, "/"}).find("/../") != std::string::npos;
+    return std::strstr(KorConcat({"/", strName, "/"}).c_str(), "/../") != nullptr;
 }
 
 } // namespace

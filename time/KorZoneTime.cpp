@@ -148,5 +148,5 @@ CKorTimeDiff CKorZoneTime::operator-(const CKorZoneTime& oOther) const
 
 std::ostream& operator<<(std::ostream& oStream, const CKorZoneTime& oTime)
 {
-    return oStream << oTime.ToString();
+    return oStream << oTime.ToString().c_str();
 }
