@@ -51,9 +51,9 @@ TEST(Linesim, NamesTheWrongByte)
 
 TEST(Linesim, SaysWhatCameWhenTheRestIsMissing)
 {
-    Simulation oSimulation({"expect 01 02 within 100"});
-    oSimulation.Send("\x01");
-    EXPECT_EQ("linesim: line 2: 01 came, and no more\n", ErrorOf(oSimulation.Process().Wait()));
+    Simulation oSimulation({"expect 05", "expect 01 02 within 100"});
+    oSimulation.Send("\x05\x01"); // what is missing is waited for when the first byte is there
+    EXPECT_EQ("linesim: line 3: 01 came, and no more\n", ErrorOf(oSimulation.Process().Wait()));
 }
 
 TEST(Linesim, WaitsNoLongerThanItIsTold)
