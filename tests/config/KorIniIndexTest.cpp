@@ -160,6 +160,17 @@ TEST_F(KorIniIndex, ALineRenamedAfterItWasHandedOutHasItsNewName)
     EXPECT_EQ((Texts{"x", "z"}), OptionsOf(oExchange, "B"));
 }
 
+TEST_F(KorIniIndex, ALineThatWasHandedOutMayChangeAfterManyLookUpsToo)
+{
+    CKorIniOptionExchange oExchange(&m_oFile, false);
+    SOptionLine* const pLine = *oExchange.FindOption("A", "x");
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ("1", ValueOf(oExchange, "A", "x"));
+    pLine->m_strOption = "z";
+    EXPECT_EQ("none", ValueOf(oExchange, "A", "x"));
+    EXPECT_EQ("1", ValueOf(oExchange, "A", "z"));
+}
+
 TEST_F(KorIniIndex, TheNeighboursOfALineThatWasHandedOutMayChangeToo)
 {
     CKorIniOptionExchange oExchange(&m_oFile, false);

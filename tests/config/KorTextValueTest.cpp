@@ -74,8 +74,9 @@ TEST(KorTextValue, WholeNumbersAreDecimalOrHexadecimal)
 
 TEST(KorTextValue, AnythingElseIsNoWholeNumber)
 {
-    for (const char* pszText : {"", "-", "+1", " 1", "1 ", "1\n", "0x", "0x-1", "0xG", "1F", "--1",
-                                "- 1", "1.0", "1e3", "1,000", "abc", "0b1", "1\"", "-+1"})
+    for (const char* pszText :
+         {"",   "-",   "+1",  " 1",  "1 ",  "1\n",   "0x",  "0x-1", "0xG", "0X1F",
+          "1F", "--1", "- 1", "1.0", "1e3", "1,000", "abc", "0b1",  "1\"", "-+1"})
         EXPECT_FALSE(IsRead<int>(pszText)) << pszText;
     EXPECT_FALSE(IsRead<int>(std::string_view("1\0", 2)));
     EXPECT_FALSE(IsRead<unsigned int>("-0"));

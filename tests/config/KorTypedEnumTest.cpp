@@ -70,6 +70,17 @@ TEST_F(KorTypedOptions, NamesThatDifferInCaseAloneAreDifferentNames)
     EXPECT_EQ(3, nValue);
 }
 
+TEST_F(KorTypedOptions, ATextThatTwoNamesAreAlikeIsNeither)
+{
+    int nValue = 0;
+    const auto fnExchange = [&nValue](CKorIniOptionExchange* pExchange) {
+        return IOX_Enum(pExchange, "A", "x", nValue, 3, {{"on", 1}, {"ON", 2}, {"off", 3}});
+    };
+    EXPECT_FALSE(ReadFrom("[A]\nx=On\n", fnExchange));
+    EXPECT_EQ(3, nValue);
+    EXPECT_EQ("[A] x=On is none of on, ON, off; off is used", Finding());
+}
+
 TEST_F(KorTypedOptions, ThePlainIniFileTakesThemToo)
 {
     int nValue = 0;

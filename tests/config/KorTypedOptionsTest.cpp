@@ -58,6 +58,13 @@ TEST_F(KorTypedOptions, AMalformedOptionIsItsDefaultAndAFinding)
     EXPECT_EQ("Interval", m_vecFindings.at(0).m_strOption);
 }
 
+TEST_F(KorTypedOptions, AFindingShowsNoControlCharacters)
+{
+    int nValue = 7;
+    EXPECT_FALSE(ReadFrom("[Poll]\nInterval=1\x1B[2\x7F\n", Value(nValue, 500)));
+    EXPECT_EQ("[Poll] Interval=1?[2? is no whole number; 500 is used", Finding());
+}
+
 TEST_F(KorTypedOptions, EveryTypeSaysWhatItIsNot)
 {
     bool bValue = false;
