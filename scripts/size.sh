@@ -73,8 +73,8 @@ measure_gateway() {
   meter=$!
   wait_for_lines 1 "$scratch/meter.out" || fail "the meter does not start on $target"
   device=$(cat "$scratch/meter.out")
-  printf '[Line]\nDevice=%s\n[Meter]\nPollInterval=100\n[Process]\nPidFile=%s\n' "$device" \
-    "$scratch/gateway.pid" >"$scratch/gateway.ini"
+  printf '[Line]\nDevice=%s\n[Meter]\nPollInterval=100\n[Process]\nPidFile=%s\nControlSocket=%s\n' \
+    "$device" "$scratch/gateway.pid" "$scratch/gateway.sock" >"$scratch/gateway.ini"
 
   QEMU_GUEST_BASE=$GUEST_BASE scripts/arm/run-arm "$target" "$examples/gateway/gateway.bin" \
     -c "$scratch/gateway.ini" 2>>"$scratch/gateway.out" &
