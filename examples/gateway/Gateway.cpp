@@ -199,9 +199,10 @@ void Gateway::PollOnce()
 int Gateway::Finalize()
 {
     if (m_pSettings && m_oPidFile.IsHeld()) {
-        m_oControl.Close();
-        m_oOutlet.Stop(FAREWELL_MS);
         LogSummary();
+        m_oControl.Close();
+        m_oPoller.Stop();
+        m_oOutlet.Stop(FAREWELL_MS);
     }
     return CKorDaemonApplication::Finalize();
 }

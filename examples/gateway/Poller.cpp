@@ -55,6 +55,12 @@ std::vector<LinePoller*> Poller::ApplyLines(const GatewaySettings& oSettings)
     return vecNew;
 }
 
+void Poller::Stop()
+{
+    m_vecLines.clear();
+    m_vecMeters.clear();
+}
+
 bool Poller::PollNow(const std::string& strName, const PolledMeter::Waiter& fnWaiter)
 {
     const std::shared_ptr<PolledMeter> pMeter = FindMeter(strName);

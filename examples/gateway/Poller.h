@@ -17,6 +17,9 @@ public:
     /// of the same name keep their statistics, last reading and schedule.
     void Apply(const GatewaySettings& oSettings);
 
+    /// Closes all lines and answers those who wait for a poll.
+    void Stop();
+
     /// Polls a meter at once.
     /// @param fnWaiter  gets the outcome, once
     /// @return false when there is no such meter

@@ -1,6 +1,7 @@
 // Many meters on many lines, simulated on the loop that polls them.
 
 #include "tests/examples/GatewaySimulation.h"
+#include "time/KorTimeout.h"
 
 #include <algorithm>
 
@@ -162,6 +163,19 @@ TEST_F(GatewayPolling, TellsOfAnExceptionInWordsAndAsksOnAsOften)
     EXPECT_EQ("exception 2, illegal address", Polled("m").Statistics().LastError());
     EXPECT_EQ(0U, m_oSink.Count("m")) << "a reading is whole or none";
     EXPECT_EQ(Polled("m").Statistics().Polls(), Polled("m").Statistics().Requests().nExceptions);
+}
+
+TEST_F(GatewayPolling, LetsALineRestBetweenAnAnswerAndTheNextRequest)
+{
+    Plug("a", {1});
+    Plug("b", {1});
+    Apply(Line("a", "TurnAround=60\n") + MeterOn("a", "asked", 1) +
+          "[Line b]\nDevice=" + m_oDir.File("b") + "\nSpeed=1200\n" + MeterOn("b", "slow", 1));
+    const CKorStopwatch oWatch;
+    ASSERT_TRUE(RunUntilRead("asked", 6));
+    EXPECT_GE(oWatch.GetElapsed().GetTotalMilliSeconds(), 5 * 60);
+    EXPECT_LE(m_oSink.Count("slow") - 1, oWatch.GetElapsed().GetTotalMilliSeconds() / 32)
+        << "3.5 characters of 11 bits";
 }
 
 TEST_F(GatewayPolling, CountsHowLongAnswersTake)
