@@ -40,7 +40,8 @@ Records AllIn(const std::string& strFile)
 /// A content that tells its number, of a length between 1 and 200.
 std::string Content(std::uint64_t nSequence)
 {
-    return std::to_string(nSequence) + std::string(static_cast<std::size_t>(nSequence * 37 % 200), 'x');
+    return std::to_string(nSequence) +
+           std::string(static_cast<std::size_t>(nSequence * 37 % 200), 'x');
 }
 
 /// Writes records nFirst to nLast.

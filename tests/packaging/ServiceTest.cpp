@@ -42,8 +42,8 @@ TEST_F(Unit, SystemdFindsNothingWrongWithIt)
 // In tenths: 10.0 may do anything. A serial line, a network and a socket leave 1.6.
 TEST_F(Unit, LeavesTheDaemonLittleThatItMayDo)
 {
-    const ChildResult oResult = RunProgram(
-        {"systemd-analyze", "security", "--offline=true", "--threshold=20", m_strUnit});
+    const ChildResult oResult =
+        RunProgram({"systemd-analyze", "security", "--offline=true", "--threshold=20", m_strUnit});
     EXPECT_EQ(0, oResult.nExitStatus) << oResult.strOut << oResult.strErr;
 }
 
@@ -61,8 +61,7 @@ TEST(UdevRule, IsReadWithoutAComplaint)
 
 std::string ToldToProcd(const std::string& strAction)
 {
-    return RunProgram(
-               {BUSYBOX_PROGRAM, "sh", RC_COMMON, ServiceFile("gateway.procd"), strAction})
+    return RunProgram({BUSYBOX_PROGRAM, "sh", RC_COMMON, ServiceFile("gateway.procd"), strAction})
         .strOut;
 }
 
