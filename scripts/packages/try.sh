@@ -1,0 +1,124 @@
+# shellcheck shell=bash
+# Installs, uses, upgrades and removes the packages in a clean root; scripts/package.sh reads this.
+
+readonly ALL_PACKAGES=(libtarvo-ext libtarvo-ext-dev tarvo-ext-tools tarvo-ext-doc tarvo-gateway)
+readonly SETTINGS=etc/tarvo-gateway/gateway.ini
+
+in_clean() { in_root "$clean_root" "$@"; }
+
+# expect TEXT COMMAND...: a command in the clean root prints a text.
+expect() {
+  local text=$1 output
+  shift
+  output=$(in_clean "$@" 2>&1) || fail "failed with status $?: $* ($output)"
+  [[ $output == *"$text"* ]] || fail "expected of $*: $text; it printed: $output"
+}
+
+# A copy of a root that holds a compiler and nothing of ours.
+need_clean_root() {
+  make_root "clean-$architecture" --variant=minbase --architectures="$architecture" \
+    --include=cmake,g++,make,pkgconf
+  clean_root=$roots/try-$architecture
+  rm -rf "$clean_root"
+  cp -a "$roots/clean-$architecture" "$clean_root"
+}
+
+# All files but those in which apt, dpkg and the loader keep their own records.
+files_of_root() {
+  find "$clean_root" -xdev \( -path "$clean_root/proc" -o -path "$clean_root/dev" \
+    -o -path "$clean_root/tmp" -o -path "$clean_root/var/lib/apt" -o -path "$clean_root/var/lib/dpkg" \
+    -o -path "$clean_root/var/cache" -o -path "$clean_root/var/log" \) -prune -o -print |
+    sed "s#^$clean_root##" | sort
+}
+
+# install_packages FOLDER: with everything that they depend on.
+install_packages() {
+  local name files=()
+  rm -rf "$clean_root/tmp/packages"
+  mkdir -p "$clean_root/tmp/packages"
+  for name in "${ALL_PACKAGES[@]}"; do
+    cp "$1/${name}"_*.deb "$clean_root/tmp/packages"
+    files+=(/tmp/packages/"$(basename "$1/${name}"_*.deb)")
+  done
+  try in_clean apt-get -qq -y --no-install-recommends -o Dpkg::Options::=--force-confdef \
+    install "${files[@]}" >"$packages/try.log" 2>&1
+}
+
+# A program of somebody else: found, linked and run by CMake and by pkg-config.
+use_library() {
+  local runs='runs on Quentor libTarvo, Version'
+  cp -r tests/package/outside "$clean_root/tmp/outside"
+  expect 'Built target outside' sh -c 'cmake -S /tmp/outside -B /tmp/by-cmake && cmake --build /tmp/by-cmake'
+  expect "$runs" /tmp/by-cmake/outside.bin
+  expect '' sh -c 'g++ -std=c++17 /tmp/outside/main.cpp -o /tmp/by-pkg-config.bin \
+    $(pkg-config --cflags --libs tarvo-ext)'
+  expect "$runs" /tmp/by-pkg-config.bin
+}
+
+use_tools() {
+  expect '' inictl set /tmp/tool.ini Port Device /dev/ttyS0
+  expect /dev/ttyS0 inictl.bin get /tmp/tool.ini Port Device
+  expect /dev/pts/ linesim -e 'silence 10'
+}
+
+# The service's own settings are good ones, and its user may read them; only the meter is missing.
+use_gateway() {
+  expect dialout id -nG tarvo-gateway
+  expect Version gateway --version
+  expect 'ran until its end' sh -c "mkdir -p /run/tarvo-gateway &&
+    chown tarvo-gateway: /run/tarvo-gateway && cd /run/tarvo-gateway || exit
+    timeout 5 setpriv --reuid tarvo-gateway --regid tarvo-gateway --init-groups \\
+      gateway -c /$SETTINGS
+    [ \$? -eq 124 ] && echo ran until its end"
+  expect 'dialout' grep -r SupplementaryGroups= /lib/systemd/system/tarvo-gateway.service
+}
+
+# make_later_packages FOLDER: the same packages as a later version, whose settings differ.
+make_later_packages() {
+  local file tree=$1/tree
+  mkdir -p "$1"
+  for file in "$packages"/*.deb; do
+    [[ $file != *-dbgsym_* ]] || continue
+    rm -rf "$tree"
+    try dpkg-deb --raw-extract "$file" "$tree"
+    sed -i "s/^Version: .*/&+later/; s/(= $version)/(= $version+later)/" "$tree/DEBIAN/control"
+    if [ -e "$tree/$SETTINGS" ]; then echo '# A later default.' >>"$tree/$SETTINGS"; fi
+    try dpkg-deb --root-owner-group --build "$tree" "$1/$(basename "$file")" >/dev/null
+  done
+}
+
+# What a person wrote stays, whatever the later version brings.
+upgrade() {
+  local later=$packages/later
+  echo '# Written by a person.' >>"$clean_root/$SETTINGS"
+  make_later_packages "$later"
+  install_packages "$later"
+  expect "+later" dpkg-query -W -f '${Version}' tarvo-gateway
+  expect 'Written by a person' cat /$SETTINGS
+  expect 'A later default' cat "/$SETTINGS.dpkg-dist"
+  rm -r "$later"
+}
+
+# take_away remove|purge
+take_away() {
+  try in_clean apt-get -qq -y --autoremove "$1" "${ALL_PACKAGES[@]}" >>"$packages/try.log" 2>&1
+}
+
+step_try() {
+  need_clean_root
+  files_of_root >"$packages/before"
+  install_packages "$packages"
+  use_library
+  use_tools
+  use_gateway
+  upgrade
+  use_tools
+  take_away remove
+  expect 'Written by a person' cat /$SETTINGS
+  [ ! -e "$clean_root/usr/sbin/gateway.bin" ] || fail "the gateway is still there"
+  take_away purge
+  files_of_root >"$packages/after"
+  diff "$packages/before" "$packages/after" || fail "purging leaves other files than there were"
+  rm "$packages/before" "$packages/after"
+  rm -rf "$clean_root"
+}
