@@ -20,7 +20,7 @@ expect_files() {
 # expect_runs FOLDER: its programs are for the board and run beside its libraries.
 expect_runs() {
   local program
-  for program in usr/sbin/gateway.bin usr/bin/inictl.bin usr/bin/linesim.bin; do
+  for program in usr/sbin/gateway.bin usr/sbin/gatewayctl.bin usr/bin/inictl.bin usr/bin/linesim.bin; do
     LD_LIBRARY_PATH=$1/usr/lib scripts/arm/run-arm armhf "$1/$program" --version ||
       fail "$program does not run"
   done

@@ -65,10 +65,13 @@ use_tools() {
 use_gateway() {
   expect dialout id -nG tarvo-gateway
   expect Version gateway --version
+  expect ': good' sh -c "mkdir -p /var/lib/tarvo-gateway && gateway --check /$SETTINGS"
   expect 'ran until its end' sh -c "mkdir -p /run/tarvo-gateway &&
-    chown tarvo-gateway: /run/tarvo-gateway && cd /run/tarvo-gateway || exit
-    timeout 5 setpriv --reuid tarvo-gateway --regid tarvo-gateway --init-groups \\
-      gateway -c /$SETTINGS
+    chown tarvo-gateway: /run/tarvo-gateway /var/lib/tarvo-gateway && cd /run/tarvo-gateway || exit
+    timeout 10 setpriv --reuid tarvo-gateway --regid tarvo-gateway --init-groups \\
+      gateway -c /$SETTINGS &
+    sleep 5 && gatewayctl status
+    wait \$!
     [ \$? -eq 124 ] && echo ran until its end"
   expect 'dialout' grep -r SupplementaryGroups= /lib/systemd/system/tarvo-gateway.service
 }
