@@ -1,12 +1,12 @@
 # shellcheck shell=bash
 # Builds packages and looks at them; scripts/package.sh reads this.
 
-# A root with what debian/control asks for. Another control file makes another root.
+# A root with what debian/control asks for. When that changes, another root is made.
 need_build_root() {
   local key name native cross=()
   native=$(dpkg --print-architecture)
   [ "$architecture" = "$native" ] || cross=(--include="crossbuild-essential-$architecture,libstdc++6:$architecture")
-  key=$(sha256sum debian/control | cut -c 1-12)
+  key=$(sed -n '/^Build-Depends/,/^Standards/p' debian/control | sha256sum | cut -c 1-12)
   name=build-$architecture-$key
   build_root=$roots/$name
   make_root "$name" --variant=buildd --architectures="$native,$architecture" "${cross[@]}" \
