@@ -52,6 +52,6 @@ step_again() {
 }
 
 step_lint() {
-  try lintian --allow-root --fail-on error,warning --show-overrides \
+  try lintian --allow-root --fail-on error,warning --display-info \
     "$packages/tarvo-ext_${version}_$architecture.changes"
 }
