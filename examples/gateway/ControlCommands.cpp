@@ -3,7 +3,6 @@
 #include "examples/gateway/JsonObject.h"
 #include "examples/gateway/MeterReports.h"
 #include "time/KorIsoTime.h"
-#include "time/KorZoneTime.h"
 
 #include <unistd.h>
 #include <utility>

@@ -2,9 +2,9 @@
 
 #include "examples/gateway/JsonObject.h"
 #include "examples/gateway/LogSink.h"
+#include "examples/gateway/ReadingText.h"
 #include "examples/gateway/TextTable.h"
 #include "time/KorIsoTime.h"
-#include "time/KorZoneTime.h"
 
 #include <cstdio>
 
@@ -115,15 +115,9 @@ std::string StatisticsJson(const PolledMeter& oMeter)
 
 std::string ReadingJson(const Reading& oReading)
 {
-    JsonObject oValues;
-    for (const ReadingValue& oValue : oReading.m_vecValues)
-        oValues.Json(oValue.m_strName, JsonObject()
-                                           .Number("value", oValue.m_dValue, oValue.m_nDecimals)
-                                           .Text("unit", oValue.m_strUnit)
-                                           .ToString());
     return JsonObject()
         .Text("time", KorToIsoString(oReading.m_oTime))
-        .Json("values", oValues.ToString())
+        .Json("values", ValuesJson(oReading))
         .ToString();
 }
 

@@ -12,19 +12,11 @@ namespace
 
 std::string Json(const Reading& oReading, std::uint64_t nSequence)
 {
-    JsonObject oValues;
-    for (const ReadingValue& oValue : oReading.m_vecValues) {
-        JsonObject oMember;
-        oMember.Number("value", oValue.m_dValue, oValue.m_nDecimals);
-        if (!oValue.m_strUnit.empty())
-            oMember.Text("unit", oValue.m_strUnit);
-        oValues.Json(oValue.m_strName, oMember.ToString());
-    }
     return JsonObject()
         .Integer("seq", static_cast<std::int64_t>(nSequence))
         .Text("meter", oReading.m_strMeter)
         .Text("time", KorToIsoString(oReading.m_oTime))
-        .Json("values", oValues.ToString())
+        .Json("values", ValuesJson(oReading))
         .ToString();
 }
 
@@ -40,6 +32,19 @@ bool IsPrintable(char cByte)
 }
 
 } // namespace
+
+std::string ValuesJson(const Reading& oReading)
+{
+    JsonObject oValues;
+    for (const ReadingValue& oValue : oReading.m_vecValues) {
+        JsonObject oMember;
+        oMember.Number("value", oValue.m_dValue, oValue.m_nDecimals);
+        if (!oValue.m_strUnit.empty())
+            oMember.Text("unit", oValue.m_strUnit);
+        oValues.Json(oValue.m_strName, oMember.ToString());
+    }
+    return oValues.ToString();
+}
 
 std::string StoredReading(const Reading& oReading, std::uint64_t nSequence)
 {

@@ -6,6 +6,9 @@
 #include <string>
 #include <utility>
 
+/// The values of a reading as a JSON object: `{"Voltage":{"value":230.1,"unit":"V"}}`.
+std::string ValuesJson(const Reading& oReading);
+
 /// A reading as the store keeps it: the meter's name, a line feed, and the JSON that is published.
 std::string StoredReading(const Reading& oReading, std::uint64_t nSequence);
 

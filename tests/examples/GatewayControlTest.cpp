@@ -2,7 +2,7 @@
 
 #include "event/KorEventLoop.h"
 #include "examples/gateway/ControlServer.h"
-#include "tests/support/Patience.h"
+#include "tests/examples/LoopUntil.h"
 #include "tests/support/ScratchDir.h"
 
 #include <cerrno>
@@ -83,13 +83,7 @@ protected:
     template <typename TTest>
     bool RunUntil(TTest fnHolds)
     {
-        const auto oDeadline = std::chrono::steady_clock::now() + PATIENCE;
-        while (!fnHolds()) {
-            if (std::chrono::steady_clock::now() > oDeadline)
-                return false;
-            m_oLoop.RunOnce(5);
-        }
-        return true;
+        return LoopUntil(m_oLoop, fnHolds);
     }
 
     bool Hears(Caller& roCaller, const std::string& strText)

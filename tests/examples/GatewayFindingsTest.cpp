@@ -1,6 +1,10 @@
 // The mistakes that the gateway finds in its settings, each with its line.
 
 #include "tests/examples/GatewayFindings.h"
+#include "tests/support/Seed.h"
+
+#include <algorithm>
+#include <random>
 
 namespace
 {
@@ -178,6 +182,30 @@ TEST(GatewaySettings, NameEveryMistakeOfAFileInTheOrderOfItsLines)
               "6 [Shop] is no section of the gateway\n",
               Joined(FindingsIn("[Line a]\nSpeed=x\nDevice\n[Meter m]\nUnit=300\n[Shop]\n"))
                   .substr(std::string("1 [Line a] has no Device\n").size()));
+}
+
+TEST(GatewaySettings, FindNoLineThatIsNotThereInADamagedFile)
+{
+    std::minstd_rand oRandom(TestSeed());
+    const auto fnBelow = [&oRandom](std::size_t nEnd) { return oRandom() % nEnd; };
+    const ScratchDir oDir;
+    for (int i = 0; i < 300; ++i) {
+        std::string strContent = GOOD;
+        for (std::size_t nDamages = 1 + fnBelow(8); nDamages > 0; --nDamages) {
+            const std::size_t nPlace = fnBelow(strContent.size());
+            if (fnBelow(2) == 0)
+                strContent[nPlace] = static_cast<char>(fnBelow(256));
+            else
+                strContent.erase(nPlace, 1 + fnBelow(20));
+        }
+        WriteFile(oDir.File("gw.ini"), strContent);
+        GatewaySettings oSettings(oDir.File("gw.ini").c_str(), CKorIniFile::PATH_UNCHANGED);
+        oSettings.Load();
+        const auto nLines =
+            static_cast<unsigned int>(1 + std::count(strContent.begin(), strContent.end(), '\n'));
+        for (const SKorIniFinding& oFinding : oSettings.GetFindings())
+            ASSERT_LE(oFinding.m_nLine, nLines) << strContent;
+    }
 }
 
 TEST(GatewaySettings, LimitLinesAndMetersAndRegisters)

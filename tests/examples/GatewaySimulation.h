@@ -4,10 +4,9 @@
 #include "examples/gateway/Poller.h"
 #include "examples/meter/Meter.h"
 #include "examples/meter/MeterLine.h"
-#include "tests/support/Patience.h"
+#include "tests/examples/LoopUntil.h"
 #include "tests/support/ScratchDir.h"
 
-#include <chrono>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <map>
@@ -99,17 +98,10 @@ protected:
         m_oPoller.Apply(oSettings);
     }
 
-    /// Lets the loop turn until something holds; false when that took too long.
     template <typename TTest>
     bool RunUntil(TTest fnHolds)
     {
-        const auto oDeadline = std::chrono::steady_clock::now() + PATIENCE;
-        while (!fnHolds()) {
-            if (std::chrono::steady_clock::now() > oDeadline)
-                return false;
-            m_oLoop.RunOnce(10);
-        }
-        return true;
+        return LoopUntil(m_oLoop, fnHolds);
     }
 
     bool RunUntilRead(const std::string& strMeter, std::size_t nTimes)

@@ -54,6 +54,31 @@ TEST(Gateway, PollsOnceAndLogsTheReading)
         << oResult.strErr;
 }
 
+TEST(Gateway, PollsEachMeterOnceAndTellsByItsStatusWhetherAllAnswered)
+{
+    const ScratchDir oDir;
+    ChildProcess oMeters({METER_PROGRAM, "--units", "3-4"});
+    ASSERT_TRUE(oMeters.WaitForOutput("\n"));
+    const std::string strOutput = oMeters.OutputSoFar();
+    std::string strSettings =
+        "[Line a]\nDevice=" + strOutput.substr(0, strOutput.find('\n')) +
+        "\n[Process]\nPidFile=" + oDir.File("pid") +
+        "\n[Meter m3]\nUnit=3\nMap=simulated\nTimeout=10000\nPollInterval=86400000\n"
+        "[Meter m4]\nUnit=4\nMap=simulated\nTimeout=10000\nPollInterval=86400000\n";
+    WriteFile(oDir.File("gw.ini"), strSettings);
+    const ChildResult oAll = RunProgram({GATEWAY_PROGRAM, "--once", "-c", oDir.File("gw.ini")});
+    EXPECT_EQ(0, oAll.nExitStatus) << oAll.strErr;
+    EXPECT_TRUE(Holds(oAll.strErr, ": 2 requests, ")) << oAll.strErr;
+
+    strSettings += "[Meter m5]\nUnit=5\nPollInterval=86400000\nMap=simulated\nTimeout=50\n";
+    WriteFile(oDir.File("gw.ini"), strSettings);
+    const ChildResult oOneSilent =
+        RunProgram({GATEWAY_PROGRAM, "--once", "-c", oDir.File("gw.ini")});
+    EXPECT_EQ(1, oOneSilent.nExitStatus);
+    for (const char* pszPart : {"m3: Energy", "m4: Energy", "m5: no reading: time-out"})
+        EXPECT_TRUE(Holds(oOneSilent.strErr, pszPart)) << oOneSilent.strErr;
+}
+
 TEST(Gateway, EndsCleanlyOnASignalAndSaysHowItWent)
 {
     for (const int nSignal : {SIGTERM, SIGINT}) {
