@@ -5,4 +5,5 @@
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 need_packages python3
-try python3 -B scripts/pages/record.py "$@" docs/demo.svg scripts/demo.sh
+try python3 -B scripts/pages/record.py --from "A broker" --rows 40 --columns 104 --seconds 600 "$@" \
+  docs/demo.svg scripts/demo.sh
