@@ -2,9 +2,11 @@
 #include "tests/support/ScratchDir.h"
 
 #include <chrono>
+#include <functional>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <thread>
+#include <unistd.h>
 
 namespace
 {
@@ -33,12 +35,16 @@ protected:
                            BUSYBOX_PROGRAM, "sh", SERVICE_FOLDER "/S50gateway", pszCommand});
     }
     pid_t Process() const { return std::stoi(ReadFile(m_strNumber)); }
-    static bool BecomesGone(pid_t nProcess)
+    static bool Becomes(const std::function<bool()>& fnTrue)
     {
         const auto oDeadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (kill(nProcess, 0) == 0 && std::chrono::steady_clock::now() < oDeadline)
+        while (!fnTrue() && std::chrono::steady_clock::now() < oDeadline)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        return kill(nProcess, 0) != 0;
+        return fnTrue();
+    }
+    static bool BecomesGone(pid_t nProcess)
+    {
+        return Becomes([nProcess] { return kill(nProcess, 0) != 0; });
     }
 
     const ScratchDir m_oDir;
@@ -54,8 +60,12 @@ TEST_F(InitScript, StartsAndStopsTheDaemon)
     const pid_t nProcess = Process();
     EXPECT_EQ(0, kill(nProcess, 0));
     EXPECT_EQ(0, Script("status").nExitStatus);
+    const std::string strOwnNumber = m_oDir.File("run/gateway.pid");
+    ASSERT_TRUE(Becomes([&] { return access(strOwnNumber.c_str(), F_OK) == 0; }));
+    EXPECT_EQ(nProcess, std::stoi(ReadFile(strOwnNumber)));
     EXPECT_EQ("Stopping gateway: OK\n", Script("stop").strOut);
     EXPECT_TRUE(BecomesGone(nProcess));
+    EXPECT_NE(0, access(m_strNumber.c_str(), F_OK));
     EXPECT_NE(0, Script("status").nExitStatus);
     EXPECT_EQ(0, Script("stop").nExitStatus);
 }
