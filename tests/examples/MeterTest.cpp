@@ -295,6 +295,11 @@ TEST(Meter, NamesTheArgumentThatItRefuses)
     const std::pair<std::vector<std::string>, const char*> aoWrong[] = {
         {{"--station", "0"}, "--station is not in 1 to 247"},
         {{"--station", "248"}, "--station is not in 1 to 247"},
+        {{"--units", "3"}, "--units is no range in 1 to 247"},
+        {{"--units", "0-3"}, "--units is no range in 1 to 247"},
+        {{"--units", "3-2"}, "--units is no range in 1 to 247"},
+        {{"--units", "3-248"}, "--units is no range in 1 to 247"},
+        {{"--units", "3-"}, "--units is no range in 1 to 247"},
         {{"--station", "4294967297"}, "'4294967297'"},
         {{"--station", "-1"}, "'-1'"},
         {{"--every", "0"}, "--every is 0"},
