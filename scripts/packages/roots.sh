@@ -35,20 +35,28 @@ make_root() {
 bootstrap() {
   local folder=$roots/$1 suites=$2
   shift 2
-  rm -rf "${folder:?}"
+  remove_root "$folder"
   # shellcheck disable=SC2086  # one word a suite
   apt_sources $suites | mmdebstrap --quiet --mode=root --skip=check/qemu,cleanup/apt/lists \
     --format=directory "$@" "${suites%% *}" "$folder" - >"$folder.log" 2>&1
 }
 
-# in_root ROOT COMMAND...: runs a command there with the devices and processes of this machine.
+# in_root ROOT COMMAND...: runs a command there. The root has devices of its own, and terminals and
+# processes are mounted anew: nothing of this machine can be reached, or removed, through it.
 in_root() {
-  local root=$1 folder
+  local root=$1
   shift
-  for folder in proc dev; do
-    mountpoint -q "$root/$folder" || try mount --rbind "/$folder" "$root/$folder"
-  done
-  try mkdir -p "$root/root"
+  mountpoint -q "$root/proc" || try mount -t proc proc "$root/proc"
+  mountpoint -q "$root/dev/pts" || try mount -t devpts -o newinstance,ptmxmode=666 devpts "$root/dev/pts"
   env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root TERM=dumb LC_ALL=C.UTF-8 \
     DEBIAN_FRONTEND=noninteractive chroot "$root" "$@"
+}
+
+# remove_root ROOT: never into what is mounted there.
+remove_root() {
+  local folder
+  for folder in proc dev/pts; do
+    if mountpoint -q "$1/$folder"; then try umount "$1/$folder"; fi
+  done
+  try rm -rf --one-file-system "${1:?}"
 }

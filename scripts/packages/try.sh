@@ -1,7 +1,8 @@
 # shellcheck shell=bash
 # Installs, uses, upgrades and removes the packages in a clean root; scripts/package.sh reads this.
 
-readonly ALL_PACKAGES=(libtarvo-ext libtarvo-ext-dev tarvo-ext-tools tarvo-ext-doc tarvo-gateway)
+readonly ALL_PACKAGES=(libtarvo-ext libtarvo-ext-dbgsym libtarvo-ext-dev tarvo-ext-tools
+  tarvo-ext-doc tarvo-gateway)
 readonly SETTINGS=etc/tarvo-gateway/gateway.ini
 
 in_clean() { in_root "$clean_root" "$@"; }
@@ -17,18 +18,17 @@ expect() {
 # A copy of a root that holds a compiler and nothing of ours.
 need_clean_root() {
   make_root "clean-$architecture" --variant=minbase --architectures="$architecture" \
-    --include=cmake,g++,make,pkgconf
+    --include=cmake,g++,gdb,make,pkgconf
   clean_root=$roots/try-$architecture
-  rm -rf "$clean_root"
+  remove_root "$clean_root"
   cp -a "$roots/clean-$architecture" "$clean_root"
 }
 
-# All files but those in which apt, dpkg and the loader keep their own records.
+# All files but those in which the system keeps its own records: apt, dpkg, the accounts, Python.
 files_of_root() {
-  find "$clean_root" -xdev \( -path "$clean_root/proc" -o -path "$clean_root/dev" \
-    -o -path "$clean_root/tmp" -o -path "$clean_root/var/lib/apt" -o -path "$clean_root/var/lib/dpkg" \
-    -o -path "$clean_root/var/cache" -o -path "$clean_root/var/log" \) -prune -o -print |
-    sed "s#^$clean_root##" | sort
+  (cd "$clean_root" && find . -xdev \( -path ./proc -o -path ./dev -o -path ./run -o -path ./tmp \
+    -o -path ./var/cache -o -path ./var/lib/apt -o -path ./var/lib/dpkg -o -path ./var/log \
+    -o -path './etc/*-' -o -name __pycache__ \) -prune -o -print | sort)
 }
 
 # install_packages FOLDER: with everything that they depend on.
@@ -53,6 +53,16 @@ use_library() {
   expect '' sh -c 'g++ -std=c++17 /tmp/outside/main.cpp -o /tmp/by-pkg-config.bin \
     $(pkg-config --cflags --libs tarvo-ext)'
   expect "$runs" /tmp/by-pkg-config.bin
+}
+
+# What an emulated program does GDB cannot see.
+use_debugger() {
+  [ "$architecture" = amd64 ] || return 0
+  local stop=(gdb -batch -ex 'break Look' -ex run -ex up) program=/tmp/objects.bin
+  cp tests/gdb/objects.cpp "$clean_root/tmp"
+  expect '' sh -c "g++ -std=c++17 -g /tmp/objects.cpp -o $program \$(pkg-config --cflags --libs tarvo-ext)"
+  expect ' = 2024-02-29T14:07:09.25Z' "${stop[@]}" -ex 'print oTimes.m_oUtc' -ex kill $program
+  expect ' = event loop, 2 timers' "${stop[@]}" -ex 'print oLoop' -ex kill $program
 }
 
 use_tools() {
@@ -81,7 +91,6 @@ make_later_packages() {
   local file tree=$1/tree
   mkdir -p "$1"
   for file in "$packages"/*.deb; do
-    [[ $file != *-dbgsym_* ]] || continue
     rm -rf "$tree"
     try dpkg-deb --raw-extract "$file" "$tree"
     sed -i "s/^Version: .*/&+later/; s/(= $version)/(= $version+later)/" "$tree/DEBIAN/control"
@@ -102,9 +111,13 @@ upgrade() {
   rm -r "$later"
 }
 
-# take_away remove|purge
-take_away() {
-  try in_clean apt-get -qq -y --autoremove "$1" "${ALL_PACKAGES[@]}" >>"$packages/try.log" 2>&1
+remove() {
+  try in_clean apt-get -qq -y --autoremove remove "${ALL_PACKAGES[@]}" >>"$packages/try.log" 2>&1
+}
+
+# apt knows no names any more of which nothing is left.
+purge() {
+  try in_clean dpkg --purge "${ALL_PACKAGES[@]}" >>"$packages/try.log" 2>&1
 }
 
 step_try() {
@@ -112,16 +125,17 @@ step_try() {
   files_of_root >"$packages/before"
   install_packages "$packages"
   use_library
+  use_debugger
   use_tools
   use_gateway
   upgrade
   use_tools
-  take_away remove
+  remove
   expect 'Written by a person' cat /$SETTINGS
   [ ! -e "$clean_root/usr/sbin/gateway.bin" ] || fail "the gateway is still there"
-  take_away purge
+  purge
   files_of_root >"$packages/after"
   diff "$packages/before" "$packages/after" || fail "purging leaves other files than there were"
   rm "$packages/before" "$packages/after"
-  rm -rf "$clean_root"
+  remove_root "$clean_root"
 }
