@@ -1,21 +1,20 @@
 // Edits random files and compares what the plain class reads of them before and after.
 
-#include "config/KorOptionExchange.h"
 #include "config/KorSafeIniFile.h"
 #include "tests/config/IniDice.h"
+#include "tests/config/IniOptions.h"
 #include "tests/config/TestScale.h"
 #include "tests/support/ScratchDir.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <map>
 
 namespace
 {
 
-using Name = std::pair<std::string, std::string>;
-using Options = std::map<Name, std::string>;
+using Name = IniName;
+using Options = IniOptionMap;
 
 /// The options of a program that sets some of them.
 class Settings : public CKorSafeIniFile
@@ -53,33 +52,11 @@ protected:
         m_oFile.SetCasesensitiv(GetParam());
     }
 
-    /// The name as it compares.
     Name Key(const std::string& strSection, const std::string& strOption) const
     {
-        Name oKey(strSection, strOption);
-        for (std::string* pText : {&oKey.first, &oKey.second}) {
-            for (char& c : *pText)
-                c = !GetParam() && c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-        }
-        return oKey;
+        return IniKey(strSection, strOption, GetParam());
     }
-
-    /// All that the plain class reads.
-    Options Read()
-    {
-        struct Probe : CKorIniOptionExchange
-        {
-            using CKorIniOptionExchange::CKorIniOptionExchange;
-            using CKorIniOptionExchange::m_apOptionLines;
-        };
-        Options mapOptions;
-        const Probe oProbe(&m_oFile, false);
-        for (const auto* pLine : oProbe.m_apOptionLines) {
-            if (!pLine->m_strOption.empty())
-                mapOptions.emplace(Key(pLine->m_strSection, pLine->m_strOption), pLine->m_strValue);
-        }
-        return mapOptions;
-    }
+    Options Read() { return IniOptions(m_oFile); }
     std::string Content() const { return ReadFile(m_oFile.GetIniFileName()); }
 
     /// A file of random lines, now and then with a byte order mark or other line ends.
@@ -91,26 +68,6 @@ protected:
             strFile += bReturn ? "\r\n" : std::string(1, c);
         }
         return strFile;
-    }
-    /// The number of lines that differ, for texts of as many lines.
-    static size_t LinesApart(const std::string& strLeft, const std::string& strRight)
-    {
-        const auto vecLeft = Lines(strLeft);
-        const auto vecRight = Lines(strRight);
-        size_t nApart = vecLeft.size() == vecRight.size() ? 0 : vecLeft.size() + vecRight.size();
-        for (size_t i = 0; i < std::min(vecLeft.size(), vecRight.size()); ++i)
-            nApart += vecLeft[i] == vecRight[i] ? 0 : 1;
-        return nApart;
-    }
-    static std::vector<std::string> Lines(const std::string& strText)
-    {
-        std::vector<std::string> vecLines(1);
-        for (const char c : strText) {
-            vecLines.back() += c;
-            if (c == '\n')
-                vecLines.emplace_back();
-        }
-        return vecLines;
     }
 
     const unsigned m_nSeed;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/Seed.h"
+#include "tests/time/TimeForms.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -37,19 +38,6 @@ protected:
 
     const unsigned m_nSeed;
     Dice m_oDice;
-};
-
-struct DateForm
-{
-    const char* pszOrder; ///< null for a form without a date
-    char cSeparator;
-    int nSubSeconds; ///< -1 for a form without a clock time
-};
-
-constexpr DateForm FORMS[] = {
-    {"DMY", '.', 1},  {"DMY", '.', 0}, {"DMY", '.', -1}, {"DMY", '.', 2},
-    {"DMY", '.', 3},  {nullptr, 0, 0}, {"MDY", '/', 0},  {"MDY", '/', -1},
-    {"YMD", '-', -1}, {nullptr, 0, 1}, {"YMD", '-', 1},
 };
 
 /// An instant somewhere in the years that texts can hold, or anywhere at all.
