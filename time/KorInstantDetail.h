@@ -72,7 +72,7 @@ inline SClock ClockAt(std::int64_t nTicks, int nOffsetMinutes)
     const std::int64_t nReading = nSeconds + std::int64_t{nOffsetMinutes} * 60;
     const std::int64_t nDay = KorCalendar::FloorQuotient(nReading, SECONDS_PER_DAY);
     return {nDay, static_cast<std::int32_t>(nReading - nDay * SECONDS_PER_DAY),
-            static_cast<std::int32_t>(nTicks - nSeconds * PER_SECOND)};
+            static_cast<std::int32_t>(KorCalendar::FloorRest(nTicks, PER_SECOND))};
 }
 
 /// The ticks of a Unix second that a text gave, of its fraction, and when the text said second 60 of

@@ -92,6 +92,10 @@ TEST(KorZoneTime, ShowsTheEndsOfTheRangeWithAnyOffset)
     EXPECT_EQ(7005, CKorZoneTime(TimeOfTicks(Limits::max()), nMax).GetYear());
     EXPECT_EQ(-7006, CKorZoneTime(TimeOfTicks(Limits::min()), nMin).GetYear());
     EXPECT_EQ("", CKorZoneTime(TimeOfTicks(0), nMin).ToString());
+    const CKorZoneTime oFirst(TimeOfTicks(Limits::min()), 0); // its second began before the range
+    EXPECT_EQ(452, oFirst.GetMilliSecond());
+    EXPECT_EQ(241, oFirst.GetMicroSecond());
+    EXPECT_EQ(920, oFirst.GetNanoSecond());
 }
 
 TEST(KorZoneTime, TakesALocalTimeByItsInstant)
