@@ -131,7 +131,7 @@ SKorZoneInstants CKorZoneData::Find(std::int64_t nReading) const
         const bool bFirst = oFound.eKind == SKorZoneInstants::NEVER;
         if (nInstant >= oPeriod.nEnd)
             nPassed = nInstant;
-        else if (nInstant < oPeriod.nBegin && bFirst) // a gap at the begin of this period
+        else if (nInstant < oPeriod.nBegin && nPassed >= oPeriod.nBegin && bFirst) // a gap between
             oFound = {SKorZoneInstants::NEVER, nInstant, nPassed};
         else if (nInstant >= oPeriod.nBegin && bFirst)
             oFound = {SKorZoneInstants::UNIQUE, nInstant, nInstant};

@@ -124,6 +124,17 @@ TEST_F(KorTimeZoneFile, MayHaveOffsetsOfAnySize)
               m_oZone.ToUtc(1970, 1, 1, 0, 0, 0, CKorTimeZone::CHOICE_LATER));
 }
 
+TEST_F(KorTimeZoneFile, MayPutTheClockForwardAndBackWithinSeconds)
+{
+    m_oFile.vecTypes = {{0, 0, 0}, {7200, 1, 4}, {-5, 0, 0}};
+    m_oFile.vecChanges = {{0, 1}, {10, 2}};
+    ASSERT_TRUE(Load(m_oFile));
+    // No clock shows three seconds past midnight: the gap is that of the first change.
+    EXPECT_EQ(CKorTimeZone::KIND_NEVER, m_oZone.GetKind(1970, 1, 1, 0, 0, 3));
+    EXPECT_EQ(TimeOfUnix(3 - 7200), m_oZone.ToUtc(1970, 1, 1, 0, 0, 3));
+    EXPECT_EQ(TimeOfUnix(3), m_oZone.ToUtc(1970, 1, 1, 0, 0, 3, CKorTimeZone::CHOICE_LATER));
+}
+
 TEST_F(KorTimeZoneFile, MayHaveUpTo256Types)
 {
     while (m_oFile.vecTypes.size() < 256)
