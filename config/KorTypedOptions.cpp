@@ -58,7 +58,8 @@ CKorTypedOption::CKorTypedOption(CKorIniOptionExchange* pExchange, const char* p
     : m_pExchange(pExchange),
       m_strSection(KorText(pszSection)),
       m_strOption(KorText(pszOption)),
-      m_bStored(pExchange->GetOptionString(pszSection, pszOption, m_strText))
+      m_bStored(!m_strOption.empty() && // or it would be the first line of the section
+                pExchange->GetOptionString(pszSection, pszOption, m_strText))
 {
     KorDeQuoteString(m_strText);
 }

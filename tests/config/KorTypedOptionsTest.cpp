@@ -232,6 +232,19 @@ public:
     std::vector<unsigned char> m_vecUnits;
 };
 
+TEST_F(KorTypedOptions, AnOptionWithoutANameIsNeitherThereNorStored)
+{
+    std::string strValue;
+    const auto fnExchange = [&strValue](CKorIniOptionExchange* pExchange) {
+        return IOX_Value(pExchange, "Poll", "", strValue, "default");
+    };
+    EXPECT_TRUE(ReadFrom("[Poll]\nInterval=5\n", fnExchange));
+    EXPECT_EQ("default", strValue);
+    strValue = ""; // the value that the header has
+    EXPECT_FALSE(WriteInto("[Poll]\nInterval=5\n", fnExchange));
+    EXPECT_EQ("[Poll]\nInterval=5\n", Content());
+}
+
 TEST_F(KorTypedOptions, TheDocumentedSettingsAreReadAndStayAsTheyAreWritten)
 {
     const std::string strContent = "[Port]\nDevice = /dev/ttyAM1\nParity = Even\n\n[Poll]\n"
