@@ -153,6 +153,9 @@ EModbusResult ModbusParseResponse(const ModbusRequest& oRequest, const std::stri
 namespace
 {
 
+/// No response is longer, in bytes.
+constexpr std::size_t MAX_LENGTH = 5 + 255;
+
 /// Length of the response that begins with these bytes, as its own bytes tell; 0 when they are too
 /// few to tell.
 std::size_t LengthByItsBytes(const std::string& strBytes)
@@ -178,7 +181,7 @@ EModbusResult ModbusFindResponse(const ModbusRequest& oRequest, const std::strin
     const bool bEcho = strReceived.compare(0, strEcho.size(), strEcho) == 0;
     EModbusResult eSoFar = MODBUS_TIMEOUT;
     for (std::size_t nPos = bEcho ? strEcho.size() : 0; nPos < strReceived.size(); ++nPos) {
-        const std::string strRest = strReceived.substr(nPos);
+        const std::string strRest = strReceived.substr(nPos, MAX_LENGTH);
         const std::size_t nLength = LengthByItsBytes(strRest);
         if (nLength == 0 || nLength > strRest.size())
             continue;
