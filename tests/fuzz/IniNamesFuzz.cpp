@@ -1,0 +1,84 @@
+// Files of very many names made after a pattern: none of them may take long. A slow input shows by
+// the fuzzer's time limit for one input.
+
+#include "config/KorIniFinding.h"
+#include "config/KorSafeIniFile.h"
+#include "tests/fuzz/Fuzz.h"
+
+#include "config/KorOptionExchange.h"
+
+namespace
+{
+
+constexpr std::uint32_t NAMES = 20000;
+
+/// Numbers in any notation between two texts.
+class Pattern
+{
+public:
+    explicit Pattern(Input& oInput)
+        : m_nNumber(oInput.ConsumeIntegral<std::uint64_t>()),
+          m_nStep(oInput.ConsumeIntegral<std::uint64_t>() | 1), // all numbers differ
+          m_nDigits(oInput.ConsumeIntegralInRange<unsigned int>(2, 64)),
+          m_cFirst(oInput.ConsumeIntegralInRange<char>('0', '?')),
+          m_strPrefix(oInput.ConsumeRandomLengthString(24)),
+          m_strSuffix(oInput.ConsumeRandomLengthString(24))
+    {
+    }
+
+    std::string Next()
+    {
+        std::string strName = m_strPrefix;
+        for (std::uint64_t n = m_nNumber; n > 0; n /= m_nDigits)
+            strName += static_cast<char>(m_cFirst + static_cast<char>(n % m_nDigits));
+        m_nNumber += m_nStep;
+        return strName + m_strSuffix;
+    }
+
+private:
+    std::uint64_t m_nNumber;
+    const std::uint64_t m_nStep;
+    const unsigned int m_nDigits;
+    const char m_cFirst;
+    const std::string m_strPrefix;
+    const std::string m_strSuffix;
+};
+
+std::string ManyNames(Input& oInput)
+{
+    const auto nPerSection = oInput.ConsumeIntegralInRange<std::uint32_t>(1, NAMES);
+    Pattern oSections(oInput);
+    Pattern oOptions(oInput);
+    std::string strFile;
+    for (std::uint32_t i = 0; i < NAMES; ++i) {
+        if (i % nPerSection == 0)
+            strFile += "[" + oSections.Next() + "]\n";
+        strFile += oOptions.Next() + "=1\n";
+    }
+    return strFile;
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize)
+{
+    static const DirectoryFile FILE;
+    Input oInput(pData, nSize);
+    CKorSafeIniFile oIni(FILE.Name().c_str(), CKorIniFile::PATH_UNCHANGED);
+    oIni.SetCasesensitiv(oInput.ConsumeBool());
+    FILE.Write(ManyNames(oInput));
+
+    std::vector<SKorIniFinding> vecFindings;
+    Expect(KorCheckIniFile(FILE.Name().c_str(), oIni.IsCaseSensitiv(), vecFindings), "it reads");
+    CKorIniOptionExchange oExchange(&oIni, false);
+    std::vector<std::string> vecSections;
+    oExchange.GetSections(vecSections);
+    for (const std::string& strSection : vecSections) {
+        std::string strValue;
+        oExchange.GetOptionString(strSection.c_str(), "a", strValue);
+        oExchange.SetOptionString(strSection.c_str(), "b", "2");
+    }
+    Expect(oIni.WriteOption("Last", "option", "3"), "one more option finds its place");
+    ExpectEqual(std::string("3"), oIni.ReadOption("Last", "option", ""), "and is read");
+    return 0;
+}
