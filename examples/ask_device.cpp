@@ -16,9 +16,9 @@ int main(int argc, char** argv)
     std::string strAnswer;
     for (int nAttempt = 1; nAttempt <= 3; ++nAttempt) {
         oLine.DiscardInput(); // an answer that came too late is none to this question
-        int nResult = oLine.WriteText("*IDN?\r\n", 500);
+        int nResult = oLine.WriteText("*IDN?\r\n", 1000);
         if (nResult == CKorSerial::SERIAL_OK)
-            nResult = oLine.ReadUntil("\r\n", strAnswer, 500);
+            nResult = oLine.ReadUntil("\r\n", strAnswer, 1000);
         std::printf("%s", nResult == CKorSerial::SERIAL_OK ? strAnswer.c_str() : "no answer\n");
         if (nResult == CKorSerial::SERIAL_OK)
             return 0;

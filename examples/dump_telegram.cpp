@@ -16,7 +16,7 @@ int main(int argc, char** argv)
     std::string strAnswer; // it has ended when the line was silent for 20 ms
     if (oLine.Open(argv[1]) != CKorSerial::SERIAL_OK ||
         oLine.WriteText(strTelegram, 500) != CKorSerial::SERIAL_OK ||
-        oLine.ReadFrame(20000, strAnswer, 1000) != CKorSerial::SERIAL_OK)
+        oLine.ReadFrame(20000, strAnswer, 5000) != CKorSerial::SERIAL_OK)
         return 1;
     const unsigned int nLength = static_cast<unsigned int>(strAnswer.size());
     std::printf("%s", KorToHexDump(strAnswer.data(), nLength).c_str());

@@ -27,7 +27,8 @@ TEST_F(SmallSerialExample, AskDeviceAsksAgainWhenNoAnswerComes)
     EXPECT_EQ("*IDN?\r\n*IDN?\r\n", m_oTerminal.Receive(14));
     m_oTerminal.Send("ACME,12\r\n");
     EXPECT_EQ(0, oProgram.Wait().nExitStatus);
-    EXPECT_EQ("no answer\nACME,12\r\n", oProgram.Wait().strOut);
+    EXPECT_EQ(0u, oProgram.Wait().strOut.find("no answer\n"));
+    EXPECT_NE(std::string::npos, oProgram.Wait().strOut.find("no answer\nACME,12\r\n"));
 }
 
 TEST_F(SmallSerialExample, AskDeviceSaysWhyALineCannotBeOpened)
@@ -41,9 +42,11 @@ TEST_F(SmallSerialExample, PollModbusShowsTheRegisters)
 {
     ChildProcess oProgram({POLL_MODBUS_PROGRAM, m_oTerminal.Name()});
     const ModbusRequest oRequest = {1, MODBUS_READ_HOLDING_REGISTERS, 0, 2};
-    ASSERT_EQ(ModbusRequestTelegram(oRequest), m_oTerminal.Receive(MODBUS_REQUEST_LENGTH));
-    m_oTerminal.Send(ModbusResponseTelegram(oRequest, {2301, 4998}));
-    EXPECT_TRUE(oProgram.WaitForOutput("ok 2301 4998\n")) << oProgram.OutputSoFar();
+    EXPECT_TRUE(WaitUntil([&] {
+        EXPECT_EQ(ModbusRequestTelegram(oRequest), m_oTerminal.Receive(MODBUS_REQUEST_LENGTH));
+        m_oTerminal.Send(ModbusResponseTelegram(oRequest, {2301, 4998}));
+        return oProgram.OutputSoFar().find("ok 2301 4998\n") != std::string::npos;
+    }));
 }
 
 TEST_F(SmallSerialExample, TwoLinesServesBothAndOpensOneAgain)
