@@ -97,12 +97,13 @@ TEST_F(InitScript, AReloadKeepsTheProcess)
     EXPECT_EQ(nProcess, Process());
 }
 
-TEST_F(InitScript, TellsOfADaemonThatRefusesItsSettings)
+TEST_F(InitScript, SaysWhatIsWrongWithTheSettings)
 {
     WriteFile(m_strSettings, "[NoSuchSection]\nNoSuchOption=1\n");
     const ChildResult oResult = Script("start");
     EXPECT_EQ(1, oResult.nExitStatus);
     EXPECT_EQ("Starting gateway: FAIL\n", oResult.strOut);
+    EXPECT_NE(std::string::npos, oResult.strErr.find("NoSuchSection")) << oResult.strErr;
 }
 
 TEST_F(InitScript, AnotherProgramThatHasTheOldNumberIsLeftAlone)
@@ -120,7 +121,8 @@ TEST_F(InitScript, AnotherProgramThatHasTheOldNumberIsLeftAlone)
 TEST_F(InitScript, ADaemonThatDoesNotEndIsKilled)
 {
     m_strDaemon = m_oDir.File("stubborn");
-    WriteFile(m_strDaemon, "#!/bin/sh\ntrap '' TERM\nwhile :; do sleep 1; done\n");
+    WriteFile(m_strDaemon,
+              "#!/bin/sh\n[ \"$1\" = --check ] && exit\ntrap '' TERM\nwhile :; do sleep 1; done\n");
     ASSERT_EQ(0, RunProgram({"chmod", "+x", m_strDaemon}).nExitStatus);
     ASSERT_EQ(0, Script("start").nExitStatus);
     const pid_t nProcess = Process();
