@@ -16,14 +16,15 @@ need_build_root() {
       --host-architecture $architecture build-dep /build/needs"
 }
 
-# build_in FOLDER VARIABLE=VALUE...: builds the last commit in a folder of the build root.
+# build_in FOLDER VARIABLE=VALUE...: builds the noted commit in a folder of the build root.
 build_in() {
-  local folder=$1 tree=$1/tarvo-ext-$version
+  local folder=$1 tree=$1/tarvo-ext-$version commit
   shift
+  commit=$(cat "$packages/commit")
   rm -rf "${build_root:?}/$folder"
   mkdir -p "$build_root/$tree"
-  git archive HEAD | tar -x -C "$build_root/$tree"
-  in_root "$build_root" env "$@" SOURCE_DATE_EPOCH="$(git log -1 --format=%ct)" \
+  git archive "$commit" | tar -x -C "$build_root/$tree"
+  in_root "$build_root" env "$@" SOURCE_DATE_EPOCH="$(git log -1 --format=%ct "$commit")" \
     DEB_BUILD_OPTIONS="parallel=$(nproc)" \
     sh -c 'umask "$UMASK" && cd "$1" && exec dpkg-buildpackage --build=full --host-arch "$2" -us -uc' \
     sh "/$tree" "$architecture" >"$packages/$(basename "$folder").log" 2>&1 ||
@@ -34,6 +35,7 @@ step_build() {
   need_build_root
   rm -rf "$packages"
   mkdir -p "$packages"
+  git rev-parse HEAD >"$packages/commit"
   build_in build/first UMASK=0022 TZ=UTC
   find "$build_root/build/first" -maxdepth 1 -type f -exec cp -t "$packages" {} +
   ls "$packages"
