@@ -3,6 +3,7 @@
 #include "tests/config/SafeIniFaultTest.h"
 #include "tests/support/CallWatch.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Patience.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -183,6 +184,7 @@ TEST_F(KorSafeIniRival, ReadersBesideWritersSeeWholeFiles)
     std::vector<std::unique_ptr<ChildProcess>> vecWriters;
     for (int i = 0; i < 2; ++i)
         vecWriters.push_back(std::make_unique<ChildProcess>([this] { return WriteForEver(); }));
+    ASSERT_TRUE(WaitUntil([this] { return Content() != Text("0"); }));
     CKorIniFile oPlain(m_strFile.c_str(), CKorIniFile::PATH_UNCHANGED);
     ValueSettings oSafe(m_strFile);
     for (int i = 0; i < 200; ++i) {

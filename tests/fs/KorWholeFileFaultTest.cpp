@@ -7,6 +7,7 @@
 #include "tests/support/Confinement.h"
 #include "tests/support/Emulation.h"
 #include "tests/support/EntriesOf.h"
+#include "tests/support/Patience.h"
 #include "tests/support/ScratchDir.h"
 
 #include <cerrno>
@@ -155,10 +156,11 @@ TEST_F(KorWholeFileFault, ASizeLimitIsToldAndEndsNoProcess)
 
 TEST_F(KorWholeFileFault, ReadersBesideFourWritersSeeWholeFiles)
 {
-    ASSERT_TRUE(KorReplaceFile(m_strFile.c_str(), Content('a')));
+    ASSERT_TRUE(KorReplaceFile(m_strFile.c_str(), Content('0')));
     std::vector<std::unique_ptr<ChildProcess>> vecWriters;
     for (int i = 0; i < 4; ++i)
         vecWriters.push_back(std::make_unique<ChildProcess>([this] { return WriteForEver(); }));
+    ASSERT_TRUE(WaitUntil([this] { return ReadFile(m_strFile) != Content('0'); }));
     for (int i = 0; i < 200; ++i) {
         std::string strRead;
         ASSERT_TRUE(KorReadFile(m_strFile.c_str(), strRead));
