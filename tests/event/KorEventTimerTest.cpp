@@ -1,4 +1,5 @@
 #include "tests/event/EventTestSupport.h"
+#include "tests/support/Emulation.h"
 #include "tests/support/ThreadState.h"
 
 #include <cerrno>
@@ -158,7 +159,8 @@ TEST(KorEventTimer, WaitsForEverWithoutWakingUp)
     getrusage(RUSAGE_THREAD, &oAfter);
     oThread.join();
     EXPECT_EQ(0, nCalls);
-    EXPECT_GE(8, oAfter.ru_nvcsw - oBefore.ru_nvcsw);
+    const long nMost = UnderEmulation() ? 500 : 8; // the emulator's threads wait for each other
+    EXPECT_GE(nMost, oAfter.ru_nvcsw - oBefore.ru_nvcsw);
     EXPECT_GE(100000, (oAfter.ru_utime.tv_sec - oBefore.ru_utime.tv_sec) * 1000000 +
                           oAfter.ru_utime.tv_usec - oBefore.ru_utime.tv_usec);
 }

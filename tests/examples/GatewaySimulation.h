@@ -79,7 +79,7 @@ protected:
     /// The section of a line.
     std::string Line(const std::string& strLine, const std::string& strMore = "") const
     {
-        return "[Line " + strLine + "]\nDevice=" + m_oDir.File(strLine) + "\nSpeed=1000000\n" +
+        return "[Line " + strLine + "]\nDevice=" + m_oDir.File(strLine) + "\nSpeed=115200\n" +
                strMore;
     }
 
