@@ -24,7 +24,8 @@
 /// in one pair of quotes. The variable stays as it is.
 ///
 /// The types are those of `config/KorTextValue.h` and every type that a program gives a KorReadText()
-/// and a KorWriteText(). Null texts read as empty ones.
+/// and a KorWriteText(). Null texts read as empty ones; an option without a name is not there and
+/// cannot be stored.
 
 #include "config/KorOptionExchange.h"
 #include "config/KorTextValue.h"
