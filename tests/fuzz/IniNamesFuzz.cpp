@@ -1,16 +1,18 @@
-// Files of very many names made after a pattern: none of them may take long. A slow input shows by
-// the fuzzer's time limit for one input.
+// Files of very many names made after a pattern. The index of names must not crowd together, or
+// reading them would take quadratic time.
 
 #include "config/KorIniFinding.h"
-#include "config/KorSafeIniFile.h"
-#include "tests/fuzz/Fuzz.h"
-
+#include "config/KorIniNamesDetail.h"
 #include "config/KorOptionExchange.h"
+#include "config/KorSafeIniFile.h"
+#include "tests/config/IniPlaces.h"
+#include "tests/fuzz/Fuzz.h"
 
 namespace
 {
 
-constexpr std::uint32_t NAMES = 20000;
+constexpr std::size_t NAMES_IN_INDEX = 4000;
+constexpr std::uint32_t NAMES_IN_FILE = 100;
 
 /// Numbers in any notation between two texts.
 class Pattern
@@ -46,16 +48,44 @@ private:
 
 std::string ManyNames(Input& oInput)
 {
-    const auto nPerSection = oInput.ConsumeIntegralInRange<std::uint32_t>(1, NAMES);
+    const auto nPerSection = oInput.ConsumeIntegralInRange<std::uint32_t>(1, NAMES_IN_FILE);
     Pattern oSections(oInput);
     Pattern oOptions(oInput);
     std::string strFile;
-    for (std::uint32_t i = 0; i < NAMES; ++i) {
+    for (std::uint32_t i = 0; i < NAMES_IN_FILE; ++i) {
         if (i % nPerSection == 0)
             strFile += "[" + oSections.Next() + "]\n";
         strFile += oOptions.Next() + "=1\n";
     }
     return strFile;
+}
+
+/// A name is a few steps away from its place in the index, no more.
+void CheckIndex(Pattern oNames, bool bCaseSensitive)
+{
+    const CKorIniNameRule oRule(bCaseSensitive);
+    Places oPlaces(NAMES_IN_INDEX);
+    std::size_t nSteps = 0;
+    for (std::size_t i = 0; i < NAMES_IN_INDEX; ++i)
+        nSteps += oPlaces.Take(oRule.Hash(oNames.Next(), 0));
+    Expect(nSteps < 4 * NAMES_IN_INDEX, "names do not crowd together", oNames.Next());
+}
+
+/// A file of many names is read, looked up, checked and edited.
+void CheckFile(const DirectoryFile& oFile, CKorSafeIniFile& oIni)
+{
+    std::vector<SKorIniFinding> vecFindings;
+    Expect(KorCheckIniFile(oFile.Name().c_str(), oIni.IsCaseSensitiv(), vecFindings), "it reads");
+    CKorIniOptionExchange oExchange(&oIni, false);
+    std::vector<std::string> vecSections;
+    oExchange.GetSections(vecSections);
+    for (const std::string& strSection : vecSections) {
+        std::string strValue;
+        oExchange.SetOptionString(strSection.c_str(), "b", "2");
+        Expect(oExchange.GetOptionString(strSection.c_str(), "b", strValue), "it is there");
+    }
+    Expect(oIni.WriteOption("Last", "option", "3"), "one more option finds its place");
+    ExpectEqual(std::string("3"), oIni.ReadOption("Last", "option", ""), "and is read");
 }
 
 } // namespace
@@ -66,19 +96,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize)
     Input oInput(pData, nSize);
     CKorSafeIniFile oIni(FILE.Name().c_str(), CKorIniFile::PATH_UNCHANGED);
     oIni.SetCasesensitiv(oInput.ConsumeBool());
+    CheckIndex(Pattern(oInput), oIni.IsCaseSensitiv());
     FILE.Write(ManyNames(oInput));
-
-    std::vector<SKorIniFinding> vecFindings;
-    Expect(KorCheckIniFile(FILE.Name().c_str(), oIni.IsCaseSensitiv(), vecFindings), "it reads");
-    CKorIniOptionExchange oExchange(&oIni, false);
-    std::vector<std::string> vecSections;
-    oExchange.GetSections(vecSections);
-    for (const std::string& strSection : vecSections) {
-        std::string strValue;
-        oExchange.GetOptionString(strSection.c_str(), "a", strValue);
-        oExchange.SetOptionString(strSection.c_str(), "b", "2");
-    }
-    Expect(oIni.WriteOption("Last", "option", "3"), "one more option finds its place");
-    ExpectEqual(std::string("3"), oIni.ReadOption("Last", "option", ""), "and is read");
+    CheckFile(FILE, oIni);
     return 0;
 }
