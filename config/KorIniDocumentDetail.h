@@ -101,7 +101,7 @@ private:
     CKorIniNameRule m_oRule = CKorIniNameRule(false);
     bool m_bShared = false;
     bool m_bHandedOut = false;
-    unsigned int m_nSearches = 0; ///< without an index
+    unsigned int m_nSearches = 0; ///< without an index, since one was built
     CKorIniIndex<TLine> m_oIndex;
     std::vector<SWaiting> m_vecWaiting;
     const TLine* m_pLastOfASection = nullptr; ///< when there is an index
@@ -331,6 +331,7 @@ void CKorIniDocument<TLine>::InsertBehindFirst(std::unique_ptr<TLine> pLine)
 template <class TLine>
 void CKorIniDocument<TLine>::BuildIndex()
 {
+    m_nSearches = 0;
     m_pLastOfASection = LastOfASection();
     m_oIndex.Start(m_oRule);
     for (size_t i = 0; i < m_apLines.size(); ++i)
@@ -342,5 +343,4 @@ void CKorIniDocument<TLine>::DropIndex()
 {
     Settled();
     m_oIndex.Drop();
-    m_nSearches = 0;
 }

@@ -237,6 +237,50 @@ TEST_F(KorIniIndex, TheCaseRuleMayChangeAtAnyTime)
     EXPECT_EQ(21U, OptionsOf(oExchange, "A").size());
 }
 
+TEST_F(KorIniIndex, AnOptionBehindTheLastHeaderSpellsTheSectionForTheLinesBehindIt)
+{
+    WriteFile(m_strFile, "[A]\n");
+    CKorIniOptionExchange oExchange(&m_oFile, true);
+    oExchange.SetOptionString("a", "x", "1");
+    std::string strSection = "a";
+    oExchange.AddOptionLine("y=2", strSection);
+    oExchange.WriteIniOptions();
+    EXPECT_EQ("\n[A]  \nx=1 \ny=2 \n", ReadFile(m_strFile));
+}
+
+TEST_F(KorIniIndex, EditsAndLookUpsAfterManyRemovalsAreRight)
+{
+    CKorIniOptionExchange oExchange(&m_oFile, false);
+    for (int i = 0; i < 50; ++i) {
+        const std::string strOption = "n" + std::to_string(i);
+        oExchange.SetOptionString("A", strOption.c_str(), "new");
+        oExchange.RemoveOption("A", i % 2 == 0 ? strOption.c_str() : "none");
+        EXPECT_EQ(i % 2 == 0 ? "none" : "new", ValueOf(oExchange, "A", strOption.c_str()));
+        EXPECT_EQ("3", ValueOf(oExchange, "B", "x"));
+    }
+    EXPECT_EQ(27U, OptionsOf(oExchange, "A").size());
+}
+
+TEST_F(KorIniIndex, NamesOfAnyLengthMayDifferInTheCaseOfAnyLetter)
+{
+    const std::string strLetters = "abcdefghijklmnopqrstuvwxyz";
+    std::string strContent;
+    for (size_t nLength = 1; nLength <= strLetters.size(); ++nLength) {
+        const std::string strName = strLetters.substr(0, nLength);
+        strContent += "[" + strName + "]\n" + strName + "=" + std::to_string(nLength) + "\n";
+    }
+    WriteFile(m_strFile, strContent);
+    CKorIniOptionExchange oExchange(&m_oFile, false);
+    for (size_t nLength = 1; nLength <= strLetters.size(); ++nLength) {
+        for (size_t nUpper = 0; nUpper < nLength; ++nUpper) {
+            std::string strName = strLetters.substr(0, nLength);
+            strName[nUpper] = static_cast<char>(strName[nUpper] - 'a' + 'A');
+            EXPECT_EQ(std::to_string(nLength),
+                      ValueOf(oExchange, strName.c_str(), strName.c_str()));
+        }
+    }
+}
+
 TEST_F(KorIniIndex, WithoutHeadersLinesAreAddedAndFoundToo)
 {
     CKorIniOptionExchange oExchange;
