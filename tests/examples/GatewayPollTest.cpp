@@ -64,7 +64,7 @@ TEST_F(GatewayPolling, AsksASilentMeterMoreAndMoreSeldomAndTheOthersAsBefore)
     Apply(Line("bus") + MeterOn("bus", "a", 1) + MeterOn("bus", "b", 2) +
           "[Meter gone]\nLine=bus\nUnit=99\nMap=simulated\nPollInterval=10\nTimeout=20\nTries=2\n");
     ASSERT_TRUE(RunUntilRead("a", 60));
-    EXPECT_GE(m_oSink.Count("b"), 50U);
+    EXPECT_GE(m_oSink.Count("b"), 40U);
     const MeterStatistics& oGone = Polled("gone").Statistics();
     EXPECT_GE(oGone.Polls(), 2U);
     EXPECT_LE(oGone.Polls(), 15U);

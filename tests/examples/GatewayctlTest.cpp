@@ -14,10 +14,16 @@ namespace
 class Gatewayctl : public testing::Test
 {
 protected:
-    void SetUp() override
+    void SetUp() override { StartBoth(); }
+
+    /// Starts meters and a gateway. A gateway that is killed leaves its pseudo-terminal closed to
+    /// all but a privileged one, so the next has other meters.
+    void StartBoth()
     {
-        ASSERT_TRUE(m_oMeters.WaitForOutput("\n"));
-        const std::string strOutput = m_oMeters.OutputSoFar();
+        m_pMeters = std::make_unique<ChildProcess>(
+            std::vector<std::string>{METER_PROGRAM, "--units", "1-2"});
+        ASSERT_TRUE(m_pMeters->WaitForOutput("\n"));
+        const std::string strOutput = m_pMeters->OutputSoFar();
         m_strDevice = strOutput.substr(0, strOutput.find('\n'));
         Write("Unit=1");
         Start();
@@ -50,7 +56,7 @@ protected:
     const ScratchDir m_oDir;
     const std::string m_strFile = m_oDir.File("gw.ini");
     const std::string m_strSocket = m_oDir.File("gw.sock");
-    ChildProcess m_oMeters{{METER_PROGRAM, "--units", "1-2"}};
+    std::unique_ptr<ChildProcess> m_pMeters;
     std::string m_strDevice;
     std::unique_ptr<ChildProcess> m_pGateway;
 };
@@ -110,7 +116,7 @@ TEST_F(Gatewayctl, SaysThatAMeterGaveNoReading)
     EXPECT_EQ("third: there is no such meter\n", oNone.strErr);
     EXPECT_EQ("", oNone.strOut);
 
-    m_oMeters.Signal(SIGKILL);
+    m_pMeters->Signal(SIGKILL);
     ASSERT_TRUE(m_pGateway->WaitForErrors(" hung up"));
     const ChildResult oGone = Ctl({"poll", "second"});
     EXPECT_EQ(1, oGone.nExitStatus);
@@ -166,7 +172,7 @@ TEST_F(Gatewayctl, WatchesTheMetersAlsoThroughARestart)
     m_pGateway->Wait();
     ASSERT_TRUE(oWatch.WaitForErrors("no gateway answers"));
     const std::size_t nSeen = oWatch.OutputSoFar().size();
-    Start();
+    StartBoth();
     EXPECT_TRUE(WaitUntil([&] { return oWatch.OutputSoFar().size() > nSeen; }));
 }
 
@@ -210,7 +216,7 @@ TEST_F(Gatewayctl, FindsAGatewayThatFollowedOneThatWasKilled)
     m_pGateway->Wait();
     EXPECT_TRUE(std::filesystem::exists(m_strSocket));
     EXPECT_EQ(3, Ctl({"status"}).nExitStatus);
-    Start();
+    StartBoth();
     EXPECT_TRUE(Holds(Ctl({"status"}).strOut, std::to_string(m_pGateway->Id())));
 }
 
