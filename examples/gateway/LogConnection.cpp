@@ -6,7 +6,7 @@
 
 LogConnection::~LogConnection()
 {
-    Stop(0);
+    LogConnection::Stop(0);
 }
 
 void LogConnection::Start()

@@ -54,7 +54,7 @@ MqttConnection::MqttConnection(CKorEventLoop& oLoop, const MqttSettings& oSettin
 
 MqttConnection::~MqttConnection()
 {
-    Stop(0);
+    MqttConnection::Stop(0);
 }
 
 std::string MqttConnection::Name() const

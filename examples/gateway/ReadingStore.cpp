@@ -29,7 +29,7 @@ std::string AbsoluteName(const std::string& strFile)
     char* const pszDirectory = strFile[0] == '/' ? nullptr : getcwd(nullptr, 0);
     if (pszDirectory == nullptr)
         return strFile;
-    const std::string strName = std::string(pszDirectory) + "/" + strFile;
+    std::string strName = std::string(pszDirectory) + "/" + strFile;
     std::free(pszDirectory);
     return strName;
 }
