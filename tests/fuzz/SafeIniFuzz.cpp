@@ -40,6 +40,15 @@ std::size_t CommonEnds(const std::string& strLeft, const std::string& strRight)
     return nHead + nTail;
 }
 
+/// Whether every line has a line end with a carriage return.
+bool EndsInReturns(const std::string& strText)
+{
+    bool bAll = !strText.empty() && strText.back() == '\n';
+    for (std::size_t i = 0; i < strText.size(); ++i)
+        bAll = bAll && (strText[i] != '\n' || (i > 0 && strText[i - 1] == '\r'));
+    return bAll;
+}
+
 /// One file and what is done to it.
 struct Edit
 {
@@ -77,6 +86,10 @@ void Edit::Set() const
     mapExpected[Key()] = strValue;
     CheckState(mapExpected);
     const std::string strAfter = oFile.Read();
+    const std::string strMark = "\xEF\xBB\xBF";
+    Expect(strBefore.compare(0, 3, strMark) != 0 || strAfter.compare(0, 3, strMark) == 0,
+           "a byte order mark stays in front", strAfter);
+    Expect(!EndsInReturns(strBefore) || EndsInReturns(strAfter), "line ends stay", strAfter);
     if (mapBefore.count(Key()) != 0)
         Expect(LinesApart(strBefore, strAfter) <= 1, "one line changes", strAfter);
     else

@@ -58,6 +58,12 @@ void CheckMade(const ZoneFile& oFile, std::int64_t nInstant)
     }
 }
 
+void CheckDamaged(ZoneFile oFile)
+{
+    oFile.vecChanges.emplace_back(INT32_MAX, static_cast<std::uint8_t>(oFile.vecTypes.size()));
+    Expect(KorReadZoneFile(oFile.Content()) == nullptr, "a change to a type that is none");
+}
+
 void CheckAny(const std::string& strContent, std::int64_t nInstant)
 {
     const auto pZone = KorReadZoneFile(strContent);
@@ -86,9 +92,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize)
     const bool bMade = oInput.ConsumeBool();
     const std::int64_t nInstant =
         oInput.ConsumeIntegral<std::int64_t>() >> oInput.ConsumeIntegralInRange(6, 63);
-    if (bMade)
-        CheckMade(MadeOfParts(oInput), nInstant);
-    else
+    if (bMade) {
+        const ZoneFile oFile = MadeOfParts(oInput);
+        CheckMade(oFile, nInstant);
+        CheckDamaged(oFile);
+    } else {
         CheckAny(oInput.ConsumeRemainingBytesAsString(), nInstant);
+    }
     return 0;
 }
