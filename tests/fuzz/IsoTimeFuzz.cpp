@@ -94,8 +94,7 @@ private:
         m_nOffset = oParts[12] == "-" ? -nOffset : nOffset;
         if (Number(oParts[13]) > 23 || Number(oParts[14]) > 59)
             return false;
-        const bool bMidnight = nHour == 24 && nMinute == 0 && nSecond == 0 &&
-                               oParts[10].str().find_first_not_of('0') == std::string::npos;
+        const bool bMidnight = nHour == 24 && nMinute == 0 && nSecond == 0 && nFraction == 0;
         const std::int64_t nSeconds =
             m_nDays * SECONDS_PER_DAY + ((nHour * 60 + nMinute - m_nOffset) * 60 + nSecond);
         const bool bLeap = nSecond == 60 && (nSeconds % SECONDS_PER_DAY) == 0;

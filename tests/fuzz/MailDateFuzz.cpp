@@ -6,6 +6,7 @@
 #include "time/KorMailDate.h"
 
 #include <ctime>
+#include <map>
 #include <regex>
 
 namespace
@@ -64,6 +65,26 @@ void CheckReading(const std::string& strText)
     Expect(KorFromMailDate(" (comment \\) (nested)) \r\n " + strText, oRead), "comments may stand");
 }
 
+/// A name means its offset; one that nobody knows means UTC.
+void CheckNamedZones(std::int64_t nTicks)
+{
+    static const std::map<std::string, int> ZONES = {
+        {"UT", 0},   {"GMT", 0},  {"EST", -5}, {"EDT", -4}, {"CST", -6}, {"CDT", -5},
+        {"MST", -7}, {"MDT", -6}, {"PST", -8}, {"PDT", -7}, {"A", 0},    {"CEST", 0}};
+    const std::string strDate = KorToMailDate(TimeOfTicks(nTicks));
+    const std::int64_t nSeconds = nTicks / TICKS_PER_SECOND;
+    if (strDate.empty() || nSeconds < 60000000000 || nSeconds > 92000000000) // the ends of times
+        return;
+    for (const auto& oZone : ZONES) {
+        CKorUTCTime oRead;
+        int nOffset = 0;
+        std::string strNamed = strDate;
+        strNamed.replace(strNamed.size() - 5, 5, oZone.first);
+        Expect(KorFromMailDate(strNamed, oRead, &nOffset), "a zone has a name", strNamed);
+        ExpectEqual(oZone.second * 60, nOffset, "the offset of a name");
+    }
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize)
@@ -71,6 +92,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize)
     Input oInput(pData, nSize);
     const auto nTicks = oInput.ConsumeIntegral<std::int64_t>();
     CheckWriting(nTicks, oInput.ConsumeIntegralInRange(-6100, 6100));
+    CheckNamedZones(nTicks);
     CheckReading(oInput.ConsumeRemainingBytesAsString());
     return 0;
 }
