@@ -27,7 +27,7 @@ void Poller::ApplyMeters(const GatewaySettings& oSettings)
     m_vecMeters = std::move(vecMeters);
 }
 
-// Lines are closed before others are opened, which may want their devices.
+// At its end the lines are closed that did not stay: those opened next may want their devices.
 std::vector<LinePoller*> Poller::ApplyLines(const GatewaySettings& oSettings)
 {
     std::vector<std::unique_ptr<LinePoller>> vecFormer = std::exchange(m_vecLines, {});
@@ -44,7 +44,6 @@ std::vector<LinePoller*> Poller::ApplyLines(const GatewaySettings& oSettings)
             m_vecLines[i]->SetSettings(oLine);
         }
     }
-    vecFormer.clear();
     std::vector<LinePoller*> vecNew;
     for (std::size_t i = 0; i < m_vecLines.size(); ++i) {
         if (m_vecLines[i])

@@ -105,6 +105,17 @@ TEST_F(GatewayPolling, GoesOnWithTheOtherLinesWhileOneIsUnplugged)
     EXPECT_TRUE(Polled("on_a").IsAnswering());
 }
 
+TEST_F(GatewayPolling, AsksTheMetersOfALineAtOnceWhenItIsBack)
+{
+    Plug("a", {1});
+    Apply(Line("a") + "[Meter seldom]\nLine=a\nMap=simulated\nPollInterval=86400000\n");
+    ASSERT_TRUE(RunUntilRead("seldom", 1));
+    Unplug("a");
+    ASSERT_TRUE(RunUntil([&] { return !m_oPoller.Lines()[0]->Line().IsOpen(); }));
+    Plug("a", {1});
+    EXPECT_TRUE(RunUntilRead("seldom", 2));
+}
+
 TEST_F(GatewayPolling, PollsAtOnceAndTellsWhoAsked)
 {
     Plug("bus", {1});

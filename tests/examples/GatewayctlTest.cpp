@@ -24,7 +24,8 @@ protected:
             std::vector<std::string>{METER_PROGRAM, "--units", "1-2"});
         ASSERT_TRUE(m_pMeters->WaitForOutput("\n"));
         const std::string strOutput = m_pMeters->OutputSoFar();
-        m_strDevice = strOutput.substr(0, strOutput.find('\n'));
+        std::filesystem::remove(m_strDevice);
+        std::filesystem::create_symlink(strOutput.substr(0, strOutput.find('\n')), m_strDevice);
         Write("Unit=1");
         Start();
     }
@@ -56,8 +57,8 @@ protected:
     const ScratchDir m_oDir;
     const std::string m_strFile = m_oDir.File("gw.ini");
     const std::string m_strSocket = m_oDir.File("gw.sock");
+    const std::string m_strDevice = m_oDir.File("line"); // leads to the meters
     std::unique_ptr<ChildProcess> m_pMeters;
-    std::string m_strDevice;
     std::unique_ptr<ChildProcess> m_pGateway;
 };
 
@@ -116,6 +117,7 @@ TEST_F(Gatewayctl, SaysThatAMeterGaveNoReading)
     EXPECT_EQ("third: there is no such meter\n", oNone.strErr);
     EXPECT_EQ("", oNone.strOut);
 
+    std::filesystem::remove(m_strDevice); // the terminal's number may soon be another test's
     m_pMeters->Signal(SIGKILL);
     ASSERT_TRUE(m_pGateway->WaitForErrors(" hung up"));
     const ChildResult oGone = Ctl({"poll", "second"});
