@@ -213,9 +213,11 @@ TEST_F(GatewayControl, TakesOneAnswerToARequest)
     m_vecLater[0](0, "two");
     oCaller.Send("hello\n");
     EXPECT_TRUE(Hears(oCaller, "0 3\none0 5\nhello"));
+    oCaller.Send("later\n");
+    ASSERT_TRUE(RunUntil([this] { return m_vecLater.size() == 2; }));
     m_vecLater[0](0, "three");
-    oCaller.Send("hello\n");
-    EXPECT_TRUE(Hears(oCaller, "0 3\none0 5\nhello0 5\nhello"));
+    m_vecLater[1](0, "four");
+    EXPECT_TRUE(Hears(oCaller, "0 3\none0 5\nhello0 4\nfour"));
 }
 
 TEST_F(GatewayControl, HasAModeThatNoMaskTakesAway)

@@ -150,6 +150,18 @@ TEST_F(GatewayPolling, TellsWhoAskedThatALineIsNotThere)
     EXPECT_TRUE(RunUntil([&] { return !strWhy.empty(); }));
 }
 
+TEST_F(GatewayPolling, TellsAllWhoWaitThatALineWasUnplugged)
+{
+    Plug("bus", {9}); // nobody answers for ten seconds, and the second meter is not asked yet
+    Apply(Line("bus") + MeterOn("bus", "m", 1) + MeterOn("bus", "n", 2));
+    int nTold = 0;
+    for (const char* pszMeter : {"m", "n"})
+        m_oPoller.PollNow(pszMeter, [&](const Reading*, const std::string&) { ++nTold; });
+    m_oLoop.RunOnce(0);
+    Unplug("bus");
+    EXPECT_TRUE(RunUntil([&] { return nTold == 2; }));
+}
+
 TEST_F(GatewayPolling, ReadsWhatDoesNotStandTogetherWithSeveralRequests)
 {
     Plug("bus", {1});
