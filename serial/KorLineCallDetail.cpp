@@ -119,6 +119,18 @@ int CKorLineCall::WriteBlock(const char* pData, std::size_t nLength, std::size_t
     return m_oState.WriteBlock(oOutside.m_hLine, pData, nLength, rnWritten);
 }
 
+int CKorLineCall::Run(const CKorLineJob& oJob)
+{
+    int nErrno = 0;
+    {
+        const COutside oOutside(*this);
+        nErrno = oJob.Run(oOutside.m_hLine);
+    }
+    if (nErrno == EIO)
+        m_oState.HangUp(nErrno);
+    return nErrno;
+}
+
 int CKorLineCall::Give(std::size_t nCount, std::string& strData)
 {
     strData.assign(m_oState.m_oHeld.Data(), nCount);

@@ -7,6 +7,25 @@
 #include <cerrno>
 #include <mutex>
 
+/// A function of the descriptor that gives 0 or an error number, lent for a call. All of them go
+/// through one copy of what a call does around them.
+class CKorLineJob
+{
+public:
+    template <typename TFunction>
+    CKorLineJob(const TFunction& fnFunction)
+        : m_pFunction(&fnFunction), m_pfnRun([](const void* pFunction, int hLine) {
+              return (*static_cast<const TFunction*>(pFunction))(hLine);
+          })
+    {
+    }
+    int Run(int hLine) const { return m_pfnRun(m_pFunction, hLine); }
+
+private:
+    const void* const m_pFunction;
+    int (*const m_pfnRun)(const void* pFunction, int hLine);
+};
+
 /// One call on a line. It has the state's mutex while it lives, but not while it reads, writes,
 /// waits or runs something on the descriptor; then it counts as a use, and Close() waits for it.
 /// Operations give 0 or an error number.
@@ -38,19 +57,7 @@ public:
     /// Moves held bytes into the string.
     int Give(std::size_t nCount, std::string& strData);
 
-    /// Runs a function of the descriptor that gives 0 or an error number.
-    template <typename TFunction>
-    int Run(TFunction fnFunction)
-    {
-        int nErrno = 0;
-        {
-            const COutside oOutside(*this);
-            nErrno = fnFunction(oOutside.m_hLine);
-        }
-        if (nErrno == EIO)
-            m_oState.HangUp(nErrno);
-        return nErrno;
-    }
+    int Run(const CKorLineJob& oJob);
 
 private:
     /// A use of the descriptor without the mutex.

@@ -28,7 +28,7 @@ bool IsPseudoTerminal(int hLine)
 {
     constexpr unsigned int FIRST_MAJOR = 136;
     constexpr unsigned int LAST_MAJOR = 143;
-    struct stat oStatus = {};
+    struct stat oStatus;
     return fstat(hLine, &oStatus) == 0 && major(oStatus.st_rdev) >= FIRST_MAJOR &&
            major(oStatus.st_rdev) <= LAST_MAJOR;
 }

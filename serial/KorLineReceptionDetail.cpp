@@ -9,7 +9,7 @@
 namespace
 {
 
-using CReceptions = std::vector<std::shared_ptr<CKorLineReception>>;
+using CReceptions = std::list<std::shared_ptr<CKorLineReception>>;
 
 /// What a new thread gets.
 struct SStart
@@ -39,12 +39,12 @@ private:
     sigset_t m_oBefore;
 };
 
-void Remove(CReceptions& rvecReceptions, const CKorLineReception* pReception)
+void Remove(CReceptions& rlstReceptions, const CKorLineReception* pReception)
 {
-    auto it = rvecReceptions.begin();
+    auto it = rlstReceptions.begin();
     while (it->get() != pReception)
         ++it;
-    rvecReceptions.erase(it);
+    rlstReceptions.erase(it);
 }
 
 /// A thread that nobody waits for tidies up after itself.
@@ -54,7 +54,7 @@ void Leave(CKorLineState& oState, const CKorLineReception& oReception)
     if (oReception.m_bJoined)
         return;
     pthread_detach(pthread_self());
-    Remove(oState.m_vecReceptions, &oReception);
+    Remove(oState.m_lstReceptions, &oReception);
 }
 
 void* RunThread(void* pArgument)
@@ -67,7 +67,7 @@ void* RunThread(void* pArgument)
 
 bool IsReceptionsThread(const CKorLineState& oState)
 {
-    for (const auto& p : oState.m_vecReceptions) {
+    for (const auto& p : oState.m_lstReceptions) {
         if (pthread_equal(p->m_nThread, pthread_self()) != 0)
             return true;
     }
@@ -75,9 +75,9 @@ bool IsReceptionsThread(const CKorLineState& oState)
 }
 
 /// The first that shall end; null without one.
-std::shared_ptr<CKorLineReception> EndedOf(const CReceptions& vecReceptions)
+std::shared_ptr<CKorLineReception> EndedOf(const CReceptions& lstReceptions)
 {
-    for (const auto& p : vecReceptions) {
+    for (const auto& p : lstReceptions) {
         if (p->m_bEnded)
             return p;
     }
@@ -132,13 +132,13 @@ int KorStartLineReception(const std::shared_ptr<CKorLineState>& pState,
     if (nErrno != 0)
         return nErrno;
     std::unique_ptr<SStart> pStart(new SStart{pState, pReception});
-    pState->m_vecReceptions.push_back(pReception);
+    pState->m_lstReceptions.push_back(pReception);
     {
         const CBlockedSignals oBlocked;
         nErrno = pthread_create(&pReception->m_nThread, nullptr, RunThread, pStart.get());
     }
     if (nErrno != 0) {
-        pState->m_vecReceptions.pop_back();
+        pState->m_lstReceptions.pop_back();
         return nErrno;
     }
     static_cast<void>(pStart.release()); // the thread's now
@@ -158,9 +158,9 @@ void KorEndLineReception(CKorLineState& oState)
 void KorJoinLineReceptions(CKorLineState& oState)
 {
     std::unique_lock<std::mutex> oLock(oState.m_oMutex);
-    CReceptions& rvecAll = oState.m_vecReceptions;
+    CReceptions& rlstAll = oState.m_lstReceptions;
     while (!IsReceptionsThread(oState)) {
-        const std::shared_ptr<CKorLineReception> pReception = EndedOf(rvecAll);
+        const std::shared_ptr<CKorLineReception> pReception = EndedOf(rlstAll);
         if (pReception == nullptr)
             return;
         if (pReception->m_bJoined) {
@@ -171,7 +171,7 @@ void KorJoinLineReceptions(CKorLineState& oState)
         oLock.unlock();
         pthread_join(pReception->m_nThread, nullptr);
         oLock.lock();
-        Remove(rvecAll, pReception.get());
+        Remove(rlstAll, pReception.get());
         oState.m_oChanged.notify_all();
     }
 }

@@ -9,9 +9,9 @@
 #include "serial/KorSerialLine.h"
 
 #include <condition_variable>
+#include <list>
 #include <memory>
 #include <mutex>
-#include <vector>
 
 class CKorLineReception;
 
@@ -64,7 +64,7 @@ public:
     unsigned int m_nWritten = 0;
     std::shared_ptr<CKorLineReception> m_pReception; ///< The one that runs.
     /// All whose threads have not ended.
-    std::vector<std::shared_ptr<CKorLineReception>> m_vecReceptions;
+    std::list<std::shared_ptr<CKorLineReception>> m_lstReceptions;
 
     CKorLineErrors m_oErrors; ///< Guards itself.
 };

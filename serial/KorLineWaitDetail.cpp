@@ -25,7 +25,7 @@ timespec ToTimespec(std::int64_t nNanoseconds)
 
 std::int64_t KorLineClock()
 {
-    timespec oTime = {};
+    timespec oTime;
     clock_gettime(CLOCK_MONOTONIC, &oTime);
     return std::int64_t(oTime.tv_sec) * NS_PER_SECOND + oTime.tv_nsec;
 }

@@ -11,20 +11,18 @@ namespace
 {
 
 /// Runs a function of the descriptor of a line that is open and not lost.
-template <typename TFunction>
-int RunOnLine(CKorLineState& oState, TFunction fnFunction)
+int RunOnLine(CKorLineState& oState, const CKorLineJob& oJob)
 {
     CKorLineCall oCall(oState);
     const int nErrno = oCall.CheckLine();
-    return nErrno == 0 ? oCall.Run(fnFunction) : nErrno;
+    return nErrno == 0 ? oCall.Run(oJob) : nErrno;
 }
 
 /// The same for one that changes the device.
-template <typename TFunction>
-int ChangeDevice(CKorLineState& oState, TFunction fnFunction)
+int ChangeDevice(CKorLineState& oState, const CKorLineJob& oJob)
 {
     const std::lock_guard<std::mutex> oLife(oState.m_oLifeMutex);
-    return RunOnLine(oState, [&](int) { return fnFunction(oState.m_oDevice); });
+    return RunOnLine(oState, oJob);
 }
 
 int Flush(int hLine, int nQueue)
@@ -68,8 +66,8 @@ int CKorSerialLine::Open(const char* pszDevice, const SKorLineOptions& oOptions)
 
 int CKorSerialLine::SetOptions(const SKorLineOptions& oOptions)
 {
-    return Result(ChangeDevice(
-        *m_pState, [&](CKorLineDevice& oDevice) { return oDevice.SetOptions(oOptions); }));
+    return Result(
+        ChangeDevice(*m_pState, [&](int) { return m_pState->m_oDevice.SetOptions(oOptions); }));
 }
 
 void CKorSerialLine::Close()
@@ -87,11 +85,6 @@ void CKorSerialLine::Cancel()
 {
     const std::lock_guard<std::mutex> oLock(m_pState->m_oMutex);
     m_pState->Cancel();
-}
-
-bool CKorSerialLine::IsOpen() const
-{
-    return GetHandle() != CKorLineDevice::NO_HANDLE;
 }
 
 bool CKorSerialLine::IsHungUp() const
@@ -158,13 +151,13 @@ int CKorSerialLine::GetModemLines(SKorModemLines& rLines)
 int CKorSerialLine::SetRS485(const SKorRS485& oRS485)
 {
     return Result(
-        ChangeDevice(*m_pState, [&](CKorLineDevice& oDevice) { return oDevice.SetRS485(oRS485); }));
+        ChangeDevice(*m_pState, [&](int) { return m_pState->m_oDevice.SetRS485(oRS485); }));
 }
 
 int CKorSerialLine::SetLowLatency(bool bLowLatency)
 {
     return Result(ChangeDevice(
-        *m_pState, [=](CKorLineDevice& oDevice) { return oDevice.SetLowLatency(bLowLatency); }));
+        *m_pState, [&](int) { return m_pState->m_oDevice.SetLowLatency(bLowLatency); }));
 }
 
 int CKorSerialLine::GetErrorCounts(SKorLineCounts& rCounts)
