@@ -6,6 +6,7 @@
 #include <climits>
 #include <dirent.h>
 #include <fcntl.h>
+#include <list>
 #include <memory>
 #include <stdlib.h>
 #include <unistd.h>
@@ -14,18 +15,31 @@
 namespace
 {
 
-std::vector<std::string> EntriesOf(const std::string& strFolder)
+std::string DeviceOf(const std::string& strEntry)
 {
-    std::vector<std::string> vecNames;
+    std::string strDevice = KorConcat({"/dev/", strEntry});
+    std::replace(strDevice.begin(), strDevice.end(), '!', '/');
+    return strDevice;
+}
+
+/// The names in a folder, in the order of the devices.
+std::list<std::string> EntriesOf(const std::string& strFolder)
+{
+    std::list<std::string> lstNames;
     DIR* const pFolder = opendir(strFolder.c_str());
     if (pFolder == nullptr)
-        return vecNames;
+        return lstNames;
     while (const dirent* const pEntry = readdir(pFolder)) {
-        if (pEntry->d_name[0] != '.')
-            vecNames.push_back(pEntry->d_name);
+        if (pEntry->d_name[0] == '.')
+            continue;
+        const std::string strDevice = DeviceOf(pEntry->d_name);
+        auto itPlace = lstNames.begin();
+        while (itPlace != lstNames.end() && KorIsNameBefore(DeviceOf(*itPlace), strDevice))
+            ++itPlace;
+        lstNames.insert(itPlace, pEntry->d_name);
     }
     closedir(pFolder);
-    return vecNames;
+    return lstNames;
 }
 
 /// A name below a folder with all links followed; empty when it is not there.
@@ -100,23 +114,12 @@ SKorSerialPort Describe(const std::string& strRoot, const std::string& strName,
                         const std::string& strShown)
 {
     SKorSerialPort oPort;
-    oPort.m_strDevice = KorConcat({"/dev/", strName});
-    std::replace(oPort.m_strDevice.begin(), oPort.m_strDevice.end(), '!', '/');
+    oPort.m_strDevice = DeviceOf(strName);
     const std::string strDevice = SkipSerialCore(strShown);
     oPort.m_strDriver = LastPart(RealName(strDevice, "/driver"));
     DescribeUsb(strDevice, RealName(strRoot, "/sys"), oPort);
     oPort.m_strStableName = StableName(strRoot, oPort.m_strDevice);
     return oPort;
-}
-
-void SortIn(std::vector<SKorSerialPort>& rvecPorts, SKorSerialPort oPort)
-{
-    rvecPorts.push_back(std::move(oPort));
-    for (std::size_t i = rvecPorts.size() - 1; i > 0; --i) {
-        if (!KorIsNameBefore(rvecPorts[i].m_strDevice, rvecPorts[i - 1].m_strDevice))
-            return;
-        std::swap(rvecPorts[i], rvecPorts[i - 1]);
-    }
 }
 
 bool IsDigit(char c)
@@ -167,6 +170,6 @@ void KorListSerialPortsBelow(const std::string& strRoot, std::vector<SKorSerialP
         // Consoles have no device; slots that a driver keeps for UARTs that are not there have
         // the type 0.
         if (!strShown.empty() && LineOf(strEntry, "/type") != std::string_view("0"))
-            SortIn(rvecPorts, Describe(strRoot, strName, strShown));
+            rvecPorts.push_back(Describe(strRoot, strName, strShown));
     }
 }
