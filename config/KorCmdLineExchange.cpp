@@ -22,8 +22,10 @@ void CKorCmdLineExchange::Initialize()
 void CKorCmdLineExchange::CopyCmdLineArgs()
 {
     m_vecArgs.clear();
-    if (m_pCmdLine != nullptr)
-        m_vecArgs = m_pCmdLine->m_vecArgs;
+    if (m_pCmdLine == nullptr)
+        return;
+    for (const std::string& strArgument : m_pCmdLine->m_vecArgs)
+        m_vecArgs.push_back(std::string(strArgument));
 }
 
 bool CKorCmdLineExchange::IsInitialized() const

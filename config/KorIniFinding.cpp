@@ -27,7 +27,8 @@ private:
     void CheckHeader(const CKorIniText& oLine);
     void CheckOption(const CKorIniText& oLine);
     unsigned int FirstLine(const CKorIniText& oLine, const SKorIniName& oName);
-    void Report(SKorIniFinding::EKind eKind, const CKorIniText& oLine, const std::string& strText);
+    void Report(SKorIniFinding::EKind eKind, const CKorIniText& oLine,
+                std::initializer_list<std::string_view> lstText);
 
     CKorIniNameList m_oNames;
     std::vector<unsigned int> m_vecLines; ///< beside the names
@@ -46,14 +47,14 @@ void CChecker::Check(const CKorIniText& oLine)
     const bool bMark = oLine.Number() == 1 && BeginsWithMark(oLine.Line());
     if (bMark)
         Report(SKorIniFinding::FINDING_BYTE_ORDER_MARK, oLine,
-               "the file begins with a byte order mark, which is read as a part of this line");
+               {"the file begins with a byte order mark, which is read as a part of this line"});
     if (oLine.Is(EKorIniLine::HEADER))
         CheckHeader(oLine);
     else if (oLine.Is(EKorIniLine::OPTION))
         CheckOption(oLine);
     else if (!bMark && oLine.Parts().m_strComment.front() != '#')
         Report(SKorIniFinding::FINDING_SYNTAX, oLine,
-               "the line is neither a header nor an option nor a comment and has no effect");
+               {"the line is neither a header nor an option nor a comment and has no effect"});
     FirstLine(oLine, {oLine.Section(), {}});
 }
 
@@ -64,15 +65,14 @@ void CChecker::CheckHeader(const CKorIniText& oLine)
     const size_t nClose = strHead.find(']');
     if (nClose == std::string_view::npos)
         Report(SKorIniFinding::FINDING_SYNTAX, oLine,
-               KorConcat({"the header has no \"]\"; it is read as ", strLabel}));
+               {"the header has no \"]\"; it is read as ", strLabel});
     else if (!KorRTrim(strHead.substr(nClose + 1)).empty())
         Report(SKorIniFinding::FINDING_SYNTAX, oLine,
-               KorConcat({"the text behind the \"]\" of ", strLabel, " has no effect"}));
+               {"the text behind the \"]\" of ", strLabel, " has no effect"});
     const unsigned int nFirst = FirstLine(oLine, {oLine.Section(), {}});
     if (nFirst != oLine.Number())
         Report(SKorIniFinding::FINDING_REPEATED_SECTION, oLine,
-               KorConcat({strLabel, " was opened in line ", KorWriteUnsigned(nFirst),
-                          " and goes on here"}));
+               {strLabel, " was opened in line ", KorWriteUnsigned(nFirst), " and goes on here"});
 }
 
 void CChecker::CheckOption(const CKorIniText& oLine)
@@ -82,18 +82,18 @@ void CChecker::CheckOption(const CKorIniText& oLine)
     const std::string strLabel = KorIniLabel(oName);
     if (oParts.m_strName.front() == ';')
         Report(SKorIniFinding::FINDING_SYNTAX, oLine,
-               KorConcat({"\";\" begins no comment; the line sets ", strLabel}));
+               {"\";\" begins no comment; the line sets ", strLabel});
     const bool bOpenQuote = oParts.m_strValue.substr(0, 1) == "\"" &&
                             (oParts.m_strValue.size() == 1 || oParts.m_strValue.back() != '"');
     if (bOpenQuote && oParts.m_strComment.find('"') != std::string_view::npos)
-        Report(SKorIniFinding::FINDING_HASH_IN_QUOTES, oLine,
-               KorConcat({"\"#\" begins a comment in quotes too; the value of ", strLabel,
-                          " ends before it"}));
+        Report(
+            SKorIniFinding::FINDING_HASH_IN_QUOTES, oLine,
+            {"\"#\" begins a comment in quotes too; the value of ", strLabel, " ends before it"});
     const unsigned int nFirst = FirstLine(oLine, oName);
     if (nFirst != oLine.Number())
-        Report(SKorIniFinding::FINDING_DUPLICATE, oLine,
-               KorConcat({strLabel, " was set in line ", KorWriteUnsigned(nFirst),
-                          "; this line has no effect"}));
+        Report(
+            SKorIniFinding::FINDING_DUPLICATE, oLine,
+            {strLabel, " was set in line ", KorWriteUnsigned(nFirst), "; this line has no effect"});
 }
 
 /// The first line of a name, this one for a new name.
@@ -106,12 +106,12 @@ unsigned int CChecker::FirstLine(const CKorIniText& oLine, const SKorIniName& oN
 }
 
 void CChecker::Report(SKorIniFinding::EKind eKind, const CKorIniText& oLine,
-                      const std::string& strText)
+                      std::initializer_list<std::string_view> lstText)
 {
     const bool bOption = oLine.Is(EKorIniLine::OPTION);
     m_rvecFindings.push_back({eKind, oLine.Number(), std::string(oLine.Section()),
                               std::string(bOption ? oLine.Parts().m_strName : std::string_view()),
-                              strText});
+                              KorConcat(lstText)});
 }
 
 } // namespace

@@ -93,15 +93,17 @@ void CKorIniOptionExchange::WriteIniOptions()
 std::vector<CKorIniOptionExchange::SOptionLine*>::iterator
 CKorIniOptionExchange::FindOption(const char* pszSection, const char* pszOption)
 {
-    m_pDocument->Note(CKorIniWatch::USE_ASKED, {KorText(pszSection), KorText(pszOption)});
-    return Document().HandOut({KorText(pszSection), KorText(pszOption)});
+    const SKorIniName oName{KorText(pszSection), KorText(pszOption)};
+    m_pDocument->Note(CKorIniWatch::USE_ASKED, oName);
+    return Document().HandOut(oName);
 }
 
 bool CKorIniOptionExchange::GetOptionString(const char* pszSection, const char* pszOption,
                                             std::string& strValue)
 {
-    m_pDocument->Note(CKorIniWatch::USE_ASKED, {KorText(pszSection), KorText(pszOption)});
-    const SOptionLine* const pLine = Document().Find({KorText(pszSection), KorText(pszOption)});
+    const SKorIniName oName{KorText(pszSection), KorText(pszOption)};
+    m_pDocument->Note(CKorIniWatch::USE_ASKED, oName);
+    const SOptionLine* const pLine = Document().Find(oName);
     if (pLine != nullptr)
         strValue = pLine->m_strValue;
     return pLine != nullptr;
@@ -120,15 +122,17 @@ void CKorIniOptionExchange::GetOptions(const char* pszSection, std::vector<std::
 void CKorIniOptionExchange::SetOptionString(const char* pszSection, const char* pszOption,
                                             const char* pszValue)
 {
-    m_pDocument->Note(CKorIniWatch::USE_SET, {KorText(pszSection), KorText(pszOption)});
-    Document().Set({KorText(pszSection), KorText(pszOption)}, KorText(pszValue));
+    const SKorIniName oName{KorText(pszSection), KorText(pszOption)};
+    m_pDocument->Note(CKorIniWatch::USE_SET, oName);
+    Document().Set(oName, KorText(pszValue));
     m_bModified = true;
 }
 
 void CKorIniOptionExchange::RemoveOption(const char* pszSection, const char* pszOption)
 {
-    m_pDocument->Note(CKorIniWatch::USE_REMOVED, {KorText(pszSection), KorText(pszOption)});
-    Document().Remove({KorText(pszSection), KorText(pszOption)});
+    const SKorIniName oName{KorText(pszSection), KorText(pszOption)};
+    m_pDocument->Note(CKorIniWatch::USE_REMOVED, oName);
+    Document().Remove(oName);
 }
 
 CKorIniOptionExchange::SOptionLine*

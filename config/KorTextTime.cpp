@@ -13,7 +13,7 @@ namespace
 
 struct SUnit
 {
-    std::string_view strName;
+    char szName[4];
     std::uint64_t nTicks;
 };
 
@@ -78,7 +78,7 @@ bool ReadWithUnit(std::string_view strText, std::uint64_t& rnTicks)
     if (!TakeFraction(strText, strFraction))
         return false;
     for (const SUnit& oUnit : UNITS) {
-        if (strText == oUnit.strName)
+        if (strText == oUnit.szName)
             return Add(rnTicks, strWhole, oUnit.nTicks) &&
                    AddFraction(rnTicks, strFraction, oUnit.nTicks);
     }
@@ -117,7 +117,7 @@ std::string WriteMagnitude(std::uint64_t nTicks)
         return "0s";
     for (const SUnit& oUnit : UNITS) {
         if (nTicks % oUnit.nTicks == 0)
-            return KorDecimal(nTicks / oUnit.nTicks).append(oUnit.strName);
+            return KorDecimal(nTicks / oUnit.nTicks).append(oUnit.szName);
     }
     const std::uint64_t nHundredths = nTicks % 100;
     return KorConcat({KorDecimal(nTicks / 100), nHundredths < 10 ? ".0" : ".",
