@@ -12,7 +12,7 @@ namespace
 
 const char* LevelName(int nLevel)
 {
-    static constexpr const char* NAMES[] = {"error", "warning", "notice", "info", "debug"};
+    static constexpr char NAMES[][8] = {"error", "warning", "notice", "info", "debug"};
     constexpr int FIRST = 3;
     constexpr int LAST = 7;
     return NAMES[(nLevel < FIRST ? FIRST : nLevel > LAST ? LAST : nLevel) - FIRST];
@@ -22,7 +22,7 @@ const char* LevelName(int nLevel)
 bool IsJournal(int nHandle)
 {
     const char* const pszJournal = std::getenv("JOURNAL_STREAM");
-    struct stat oTarget = {};
+    struct stat oTarget;
     if (pszJournal == nullptr || fstat(nHandle, &oTarget) != 0)
         return false;
     char szTarget[48];

@@ -3,7 +3,6 @@
 #include "app/KorOpenDetail.h"
 #include "fs/KorDescriptorDetail.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -43,13 +42,36 @@ private:
     sigset_t m_oFormer;
 };
 
-/// Calls a function with the place and number of the bytes that are left, until it takes no more.
-template <class TWrite>
-std::size_t WriteAll(const char* pBytes, std::size_t nLength, TWrite fnWrite)
+bool CanWrite(int nHandle)
+{
+    pollfd oHandle = {nHandle, POLLOUT, 0};
+    return poll(&oHandle, 1, 0) == 1 && (oHandle.revents & POLLOUT) != 0;
+}
+
+/// How to write without waiting.
+enum EWay
+{
+    WAY_WRITE,  ///< the open file does not wait, or has nothing to wait for
+    WAY_SEND,   ///< to a socket
+    WAY_ASK,    ///< poll() promises room for all
+    WAY_ASK_ONE ///< poll() promises room for one byte
+};
+
+ssize_t WriteSome(int nHandle, EWay eWay, const char* pBytes, std::size_t nLength)
+{
+    if (eWay == WAY_SEND)
+        return send(nHandle, pBytes, nLength, MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (eWay != WAY_WRITE && !CanWrite(nHandle))
+        return 0;
+    return write(nHandle, pBytes, eWay == WAY_ASK_ONE ? 1 : nLength);
+}
+
+/// Writes until no more is taken.
+std::size_t WriteAll(int nHandle, EWay eWay, const char* pBytes, std::size_t nLength)
 {
     std::size_t nDone = 0;
     while (nDone < nLength) {
-        const ssize_t nWritten = fnWrite(pBytes + nDone, nLength - nDone);
+        const ssize_t nWritten = WriteSome(nHandle, eWay, pBytes + nDone, nLength - nDone);
         if (nWritten > 0)
             nDone += static_cast<std::size_t>(nWritten);
         else if (nWritten == 0 || errno != EINTR)
@@ -58,17 +80,10 @@ std::size_t WriteAll(const char* pBytes, std::size_t nLength, TWrite fnWrite)
     return nDone;
 }
 
-std::size_t WriteToSocket(int nHandle, const char* pBytes, std::size_t nLength)
-{
-    return WriteAll(pBytes, nLength, [nHandle](const char* pRest, std::size_t nRest) {
-        return send(nHandle, pRest, nRest, MSG_DONTWAIT | MSG_NOSIGNAL);
-    });
-}
-
 /// Takes back what a full disk left of a line at the end of a file.
 void CutOff(int nHandle, std::size_t nWritten)
 {
-    struct stat oFile = {};
+    struct stat oFile;
     const off_t nEnd = lseek(nHandle, 0, SEEK_CUR);
     const off_t nStart = nEnd - static_cast<off_t>(nWritten);
     if (nStart >= 0 && fstat(nHandle, &oFile) == 0 && oFile.st_size == nEnd &&
@@ -78,10 +93,7 @@ void CutOff(int nHandle, std::size_t nWritten)
 
 std::size_t WriteToFile(int nHandle, const char* pBytes, std::size_t nLength)
 {
-    const std::size_t nDone =
-        WriteAll(pBytes, nLength, [nHandle](const char* pRest, std::size_t nRest) {
-            return write(nHandle, pRest, nRest);
-        });
+    const std::size_t nDone = WriteAll(nHandle, WAY_WRITE, pBytes, nLength);
     if (nDone == nLength || nDone == 0)
         return nDone;
     const int nError = errno;
@@ -106,12 +118,6 @@ bool PipeHasRoom(int nPipe, std::size_t nLength)
     return nUsed + (static_cast<long>(nLength) + nPage - 1) / nPage <= nPages;
 }
 
-bool CanWrite(int nHandle)
-{
-    pollfd oHandle = {nHandle, POLLOUT, 0};
-    return poll(&oHandle, 1, 0) == 1 && (oHandle.revents & POLLOUT) != 0;
-}
-
 /// A pipe or a terminal, opened once more: an open file of our own, with a mode of its own.
 std::size_t WriteToReader(int nHandle, bool bPipe, const char* pBytes, std::size_t nLength)
 {
@@ -121,25 +127,19 @@ std::size_t WriteToReader(int nHandle, bool bPipe, const char* pBytes, std::size
     std::snprintf(szName, sizeof szName, "/proc/self/fd/%d", nHandle);
     const CKorDescriptor oOwn(KorOpenAboveStandard(szName, O_WRONLY | O_NONBLOCK, 0));
     if (oOwn.IsOpen())
-        return WriteAll(pBytes, nLength, [&oOwn](const char* pRest, std::size_t nRest) {
-            return write(oOwn.Get(), pRest, nRest);
-        });
-    // Without a mode of its own: as much as poll() promises, one byte of a terminal.
-    const std::size_t nStep = bPipe ? nLength : 1;
-    return WriteAll(pBytes, nLength, [nHandle, nStep](const char* pRest, std::size_t nRest) {
-        return CanWrite(nHandle) ? write(nHandle, pRest, std::min(nRest, nStep)) : 0;
-    });
+        return WriteAll(oOwn.Get(), WAY_WRITE, pBytes, nLength);
+    return WriteAll(nHandle, bPipe ? WAY_ASK : WAY_ASK_ONE, pBytes, nLength);
 }
 
 } // namespace
 
 std::size_t KorWriteWithoutWaiting(int nHandle, const char* pBytes, std::size_t nLength)
 {
-    struct stat oTarget = {};
+    struct stat oTarget;
     if (fstat(nHandle, &oTarget) != 0)
         return 0;
     if (S_ISSOCK(oTarget.st_mode))
-        return WriteToSocket(nHandle, pBytes, nLength);
+        return WriteAll(nHandle, WAY_SEND, pBytes, nLength);
     errno = 0;
     const CWriteSignals oSignals;
     const bool bPipe = S_ISFIFO(oTarget.st_mode);

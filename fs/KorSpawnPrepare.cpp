@@ -11,8 +11,8 @@ namespace
 {
 
 /// By these a service manager talks to the process that it started itself.
-constexpr const char* MANAGER_VARIABLES[] = {"NOTIFY_SOCKET=", "WATCHDOG_USEC=", "WATCHDOG_PID=",
-                                             "LISTEN_PID=",    "LISTEN_FDS=",    "LISTEN_FDNAMES="};
+constexpr char MANAGER_VARIABLES[][16] = {"NOTIFY_SOCKET=", "WATCHDOG_USEC=", "WATCHDOG_PID=",
+                                          "LISTEN_PID=",    "LISTEN_FDS=",    "LISTEN_FDNAMES="};
 
 constexpr const char* DEFAULT_PATH = "/bin:/usr/bin";
 
@@ -29,7 +29,7 @@ bool HoldsZero(const std::string& strText)
 
 bool IsOfManager(const char* pszEntry)
 {
-    for (const char* pszName : MANAGER_VARIABLES) {
+    for (const auto& pszName : MANAGER_VARIABLES) {
         if (std::strncmp(pszEntry, pszName, std::strlen(pszName)) == 0)
             return true;
     }
