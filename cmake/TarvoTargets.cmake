@@ -10,10 +10,12 @@ set(tarvo_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/tarvo-ext)
 include(CheckCXXCompilerFlag)
 check_cxx_compiler_flag(-fno-semantic-interposition TARVO_HAS_NO_SEMANTIC_INTERPOSITION)
 
-# What GCC does for speed even at -Os, and what makes this code larger: above all one function with
-# the address of a string's pointer becomes several with the pointer.
-set(tarvo_small $<$<AND:$<CONFIG:MinSizeRel>,$<CXX_COMPILER_ID:GNU>>:-fno-ipa-sra
-  -fno-gcse -fno-move-loop-invariants -fno-expensive-optimizations>)
+# What GCC does for speed even at -Os, and what makes this code larger. Above all it replaces a
+# parameter by its parts and so makes private copies, one a source, of functions that the sources
+# share otherwise; and it takes few of the inline functions that a source calls once for its own.
+set(tarvo_small $<$<AND:$<CONFIG:MinSizeRel>,$<CXX_COMPILER_ID:GNU>>:-fno-ipa-sra -fno-gcse
+  -fno-move-loop-invariants -fno-expensive-optimizations -fno-caller-saves -fno-schedule-insns2
+  -fno-tree-loop-optimize --param=comdat-sharing-probability=0>)
 
 # tarvo_configure_library(<target> <export-name> <file-name>)
 # Names the library exactly <file-name>.so or .a and hides what is not marked as exported. A shared
