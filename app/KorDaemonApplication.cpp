@@ -22,7 +22,7 @@ constexpr int WRONG_USAGE = 2;
 /// The monotonic clock modulo 2^32, never 0.
 std::uint32_t Now()
 {
-    timespec oNow = {};
+    timespec oNow;
     clock_gettime(CLOCK_MONOTONIC, &oNow);
     return (static_cast<std::uint32_t>(oNow.tv_sec) * 1000U +
             static_cast<std::uint32_t>(oNow.tv_nsec / 1000000)) |

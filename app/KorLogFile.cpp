@@ -31,7 +31,7 @@ public:
 
     bool Write(const CKorLogLine& oLine) override
     {
-        struct stat oFile = {};
+        struct stat oFile;
         if (m_nMaxSize != 0 && fstat(Handle(), &oFile) == 0 && S_ISREG(oFile.st_mode) &&
             oFile.st_size > 0 &&
             static_cast<std::uint64_t>(oFile.st_size) + oLine.Length() > m_nMaxSize)

@@ -148,16 +148,6 @@ bool CKorOptionParser::IsArgument(const SEntry& oEntry)
     return oEntry.eKind == KIND_ARGUMENT || oEntry.eKind == KIND_REQUIRED;
 }
 
-bool CKorOptionParser::IsEmpty() const
-{
-    return m_lstEntries.size() == 2;
-}
-
-std::string CKorOptionParser::GetText() const
-{
-    return m_strText;
-}
-
 CKorOptionParser::EResult CKorOptionParser::Parse(int argc, const char* const* argv)
 {
     m_strText.clear();

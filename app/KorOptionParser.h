@@ -91,7 +91,7 @@ public:
     }
 
     /// Whether nothing was added.
-    bool IsEmpty() const;
+    bool IsEmpty() const { return m_lstEntries.size() == 2; }
 
     /// Reads a command line.
     /// @param argc  number of entries of @p argv
@@ -101,7 +101,7 @@ public:
     /// What to print after Parse(), with its line feed: the help, the version, or a sentence such
     /// as "NAME: unknown option '-x' (try --help)"; empty after #PARSE_OK. The help is no wider
     /// than the terminal at the standard output, nor than 80 columns.
-    std::string GetText() const;
+    std::string GetText() const { return m_strText; }
 
 private:
     enum EKind

@@ -65,8 +65,8 @@ constexpr mode_t MODE = 0644;
 /// created another, between opening and locking.
 bool IsNamed(int hFile, const std::string& strName)
 {
-    struct stat oFile = {};
-    struct stat oNamed = {};
+    struct stat oFile;
+    struct stat oNamed;
     return fstat(hFile, &oFile) == 0 && lstat(strName.c_str(), &oNamed) == 0 &&
            oFile.st_dev == oNamed.st_dev && oFile.st_ino == oNamed.st_ino;
 }
@@ -105,7 +105,7 @@ bool WriteNumber(int hFile)
 /// Opens nothing but a regular file: to open a device may have effects, or wait.
 int OpenRegular(const std::string& strName)
 {
-    struct stat oNamed = {};
+    struct stat oNamed;
     if (lstat(strName.c_str(), &oNamed) == 0 && !S_ISREG(oNamed.st_mode)) {
         errno = EINVAL;
         return -1;
@@ -162,7 +162,7 @@ int CKorPidFile::TryToAcquire()
 /// Makes a locked file this process's.
 int CKorPidFile::TakeOver(int hFile)
 {
-    struct stat oFile = {};
+    struct stat oFile;
     int nStaleNumber = 0;
     if (fstat(hFile, &oFile) != 0 || !S_ISREG(oFile.st_mode) || oFile.st_nlink != 1 ||
         !ReadNumber(hFile, nStaleNumber))

@@ -2,6 +2,7 @@
 
 #include "config/KorTextValue.h"
 #include "fs/KorDescriptorDetail.h"
+#include "text/KorStringDetail.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -39,17 +40,6 @@ socklen_t ManagerAddress(sockaddr_un& oAddress)
     return 0;
 }
 
-bool Send(const std::string& strMessage)
-{
-    sockaddr_un oAddress = {};
-    const socklen_t nAddress = ManagerAddress(oAddress);
-    const CKorDescriptor oSocket(
-        nAddress != 0 ? socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0) : -1);
-    return oSocket.IsOpen() &&
-           sendto(oSocket.Get(), strMessage.data(), strMessage.size(), MSG_NOSIGNAL,
-                  reinterpret_cast<const sockaddr*>(&oAddress), nAddress) != -1;
-}
-
 /// @return false for anything but decimal digits, and for a number beyond 64 bits
 bool ReadNumber(const char* pszText, unsigned long long& rnNumber)
 {
@@ -68,37 +58,34 @@ bool WatchdogIsForAnother()
 
 } // namespace
 
-bool KorNotifyReady()
+bool KorNotify(const char* pszMessage)
 {
-    return Send("READY=1");
+    sockaddr_un oAddress = {};
+    const socklen_t nAddress = ManagerAddress(oAddress);
+    const CKorDescriptor oSocket(
+        nAddress != 0 ? socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0) : -1);
+    return oSocket.IsOpen() &&
+           sendto(oSocket.Get(), pszMessage, std::strlen(pszMessage), MSG_NOSIGNAL,
+                  reinterpret_cast<const sockaddr*>(&oAddress), nAddress) != -1;
 }
 
 bool KorNotifyReloading()
 {
-    timespec oNow = {};
+    timespec oNow;
     clock_gettime(CLOCK_MONOTONIC, &oNow);
     const std::int64_t nMicroseconds = std::int64_t{oNow.tv_sec} * 1000000 + oNow.tv_nsec / 1000;
-    return Send("RELOADING=1\nMONOTONIC_USEC=" + KorWriteSigned(nMicroseconds));
-}
-
-bool KorNotifyStopping()
-{
-    return Send("STOPPING=1");
+    return KorNotify(
+        KorConcat({"RELOADING=1\nMONOTONIC_USEC=", KorWriteSigned(nMicroseconds)}).c_str());
 }
 
 bool KorNotifyStatus(const std::string& strStatus)
 {
-    std::string strMessage = "STATUS=" + strStatus;
+    std::string strMessage = KorConcat({"STATUS=", strStatus});
     // The manager ends a message at a carriage return as well, and drops one with a zero byte.
     std::replace_if(
         strMessage.begin(), strMessage.end(),
         [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
-    return Send(strMessage);
-}
-
-bool KorNotifyAlive()
-{
-    return Send("WATCHDOG=1");
+    return KorNotify(strMessage.c_str());
 }
 
 unsigned int KorGetAliveInterval()

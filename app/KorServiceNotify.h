@@ -26,15 +26,24 @@
 /// @addtogroup daemons
 /// @{
 
+/// Sends a message as the protocol has it, such as "READY=1".
+TARVO_EXT_API bool KorNotify(const char* pszMessage);
+
 /// Tells that the start is over, or that a reload is.
-TARVO_EXT_API bool KorNotifyReady();
+inline bool KorNotifyReady()
+{
+    return KorNotify("READY=1");
+}
 
 /// Tells that the settings are read anew; KorNotifyReady() ends that. The message carries the
 /// monotonic clock, which the manager needs to tell one reload from the next.
 TARVO_EXT_API bool KorNotifyReloading();
 
 /// Tells that the program is about to end.
-TARVO_EXT_API bool KorNotifyStopping();
+inline bool KorNotifyStopping()
+{
+    return KorNotify("STOPPING=1");
+}
 
 /// Shows a text for people, for example in `systemctl status`.
 /// @param strStatus  the text; a line feed, which would begin another message, becomes a blank, and
@@ -42,7 +51,10 @@ TARVO_EXT_API bool KorNotifyStopping();
 TARVO_EXT_API bool KorNotifyStatus(const std::string& strStatus);
 
 /// Tells that the program is alive, for the manager's watchdog. Due every KorGetAliveInterval().
-TARVO_EXT_API bool KorNotifyAlive();
+inline bool KorNotifyAlive()
+{
+    return KorNotify("WATCHDOG=1");
+}
 
 /// How often the manager wants to hear that the program is alive, with a reserve: half of
 /// `WATCHDOG_USEC`.

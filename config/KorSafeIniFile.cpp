@@ -162,26 +162,6 @@ void CKorSafeIniFile::ReadAllSectionEntries(const char* pszSection,
     vecOptions = KorIniSortedOnce(vecNames, oRule);
 }
 
-bool CKorSafeIniFile::WasWritten() const
-{
-    return m_bWritten;
-}
-
-int CKorSafeIniFile::GetLastError() const
-{
-    return m_nLastError;
-}
-
-const std::vector<SKorIniFinding>& CKorSafeIniFile::GetFindings() const
-{
-    return m_vecFindings;
-}
-
-void CKorSafeIniFile::SetReportUnknown(bool bReport)
-{
-    m_bReportUnknown = bReport;
-}
-
 bool CKorSafeIniFile::HasChangedOnDisk() const
 {
     return KorFileStateOf(m_strIniFileName.c_str()) != m_anState;

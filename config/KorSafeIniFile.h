@@ -128,7 +128,7 @@ public:
     /// Whether the last operation replaced the file. Together with a false of that operation it
     /// means that the directory could not be synced: the file is a whole new one, which a power
     /// loss might turn back into the whole old one.
-    bool WasWritten() const;
+    bool WasWritten() const { return m_bWritten; }
 
     /// `errno` of the last operation; 0 when all went well.
     ///
@@ -139,17 +139,17 @@ public:
     /// | `ESTALE` | somebody changed the file, out of turn, while it was being replaced      |
     /// | `EINVAL` | a name or a value was refused, see GetFindings(); or it is no file       |
     /// | others   | as KorReadFile() and KorReplaceFile()                                    |
-    int GetLastError() const;
+    int GetLastError() const { return m_nLastError; }
 
     /// What the last operation found: values that the program's exchange could not take, options
     /// that it does not know, names and values that were refused, failures of the system. They come
     /// without a value that was refused, which may be a secret. KorCheckIniFile() checks the lines
     /// themselves.
-    const std::vector<SKorIniFinding>& GetFindings() const;
+    const std::vector<SKorIniFinding>& GetFindings() const { return m_vecFindings; }
 
     /// Makes UpdateOptions() report the options in the file that the program's exchange never asked
     /// for; not so after construction.
-    void SetReportUnknown(bool bReport);
+    void SetReportUnknown(bool bReport) { m_bReportUnknown = bReport; }
 
     /// Whether the file is another one, or another content, than at the end of the last operation.
     /// Device, inode, size and the times of modification and change tell. Before the first

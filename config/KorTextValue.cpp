@@ -136,14 +136,6 @@ bool KorReadText(std::string_view strText, bool& rbValue)
     return false;
 }
 
-bool KorReadText(std::string_view strText, char& rcValue)
-{
-    if (strText.size() != 1)
-        return false;
-    rcValue = strText.front();
-    return true;
-}
-
 bool KorReadText(std::string_view strText, float& rnValue)
 {
     return ReadFloating(strText, rnValue);
@@ -152,27 +144,6 @@ bool KorReadText(std::string_view strText, float& rnValue)
 bool KorReadText(std::string_view strText, double& rnValue)
 {
     return ReadFloating(strText, rnValue);
-}
-
-bool KorReadText(std::string_view strText, std::string& rstrValue)
-{
-    rstrValue = strText;
-    return true;
-}
-
-std::string KorWriteText(const std::string& strValue)
-{
-    return strValue;
-}
-
-std::string KorSimpleText::Of(bool bValue)
-{
-    return bValue ? "true" : "false";
-}
-
-std::string KorSimpleText::Of(char cValue)
-{
-    return std::string(&cValue, 1);
 }
 
 std::string KorSimpleText::Of(float nValue)

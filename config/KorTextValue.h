@@ -60,9 +60,9 @@ TARVO_EXT_API std::string KorJoinList(const std::vector<std::string>& vecItems);
 struct TARVO_EXT_API KorSimpleText
 {
     /// "true" or "false".
-    static std::string Of(bool bValue);
+    static std::string Of(bool bValue) { return bValue ? "true" : "false"; }
     /// The character itself.
-    static std::string Of(char cValue);
+    static std::string Of(char cValue) { return std::string(1, cValue); }
     /// The shortest text that reads back; none for infinities and for what is no number.
     static std::string Of(float nValue);
     /// The shortest text that reads back; none for infinities and for what is no number.
@@ -104,13 +104,22 @@ bool KorReadText(std::string_view strText, T& rValue)
 /// true and false, yes and no, on and off, 1 and 0, in letters of any case.
 TARVO_EXT_API bool KorReadText(std::string_view strText, bool& rbValue);
 /// One character.
-TARVO_EXT_API bool KorReadText(std::string_view strText, char& rcValue);
+inline bool KorReadText(std::string_view strText, char& rcValue)
+{
+    if (strText.size() == 1)
+        rcValue = strText.front();
+    return strText.size() == 1;
+}
 /// A decimal number such as "-2", "0.5" or "1e-3", finite.
 TARVO_EXT_API bool KorReadText(std::string_view strText, float& rnValue);
 /// A decimal number such as "-2", "0.5" or "1e-3", finite.
 TARVO_EXT_API bool KorReadText(std::string_view strText, double& rnValue);
 /// Any text.
-TARVO_EXT_API bool KorReadText(std::string_view strText, std::string& rstrValue);
+inline bool KorReadText(std::string_view strText, std::string& rstrValue)
+{
+    rstrValue = strText;
+    return true;
+}
 /// A number, with a fraction if wanted, and its unit, `us`, `ms`, `s`, `min`, `h` or `d` ("1.5h"),
 /// or hours, minutes and seconds ("1:02:03.25"); "-" in front. Only whole ticks of 10 ns count.
 TARVO_EXT_API bool KorReadText(std::string_view strText, CKorTimeDiff& roValue);
@@ -150,7 +159,10 @@ std::string KorWriteText(const T& value)
 }
 
 /// The text itself.
-TARVO_EXT_API std::string KorWriteText(const std::string& strValue);
+inline std::string KorWriteText(const std::string& strValue)
+{
+    return strValue;
+}
 
 /// One of `bool`, `char`, `float`, `double`, CKorTimeDiff and CKorUTCTime, see KorSimpleText.
 template <typename T,

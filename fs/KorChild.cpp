@@ -174,31 +174,11 @@ int CKorChild::GetEndHandle() const
     return m_pState != nullptr ? m_pState->m_oEnd.Get() : -1;
 }
 
-int CKorChild::GetInputHandle() const
-{
-    return m_ahStreams[STDIN_FILENO];
-}
-
-int CKorChild::GetOutputHandle() const
-{
-    return m_ahStreams[STDOUT_FILENO];
-}
-
-int CKorChild::GetErrorHandle() const
-{
-    return m_ahStreams[STDERR_FILENO];
-}
-
 void CKorChild::CloseInput()
 {
     CKorHandle oInput;
     oInput = CKorHandle(m_ahStreams[STDIN_FILENO]);
     m_ahStreams[STDIN_FILENO] = -1;
-}
-
-int CKorChild::GetLastError() const
-{
-    return m_nLastError;
 }
 
 bool CKorChild::Fail(int nError)

@@ -131,17 +131,17 @@ public:
     int GetEndHandle() const;
 
     /// Writes to the program's standard input; a blocking handle. -1 unless it is a pipe.
-    int GetInputHandle() const;
+    int GetInputHandle() const { return m_ahStreams[0]; }
     /// Reads the program's standard output; a blocking handle. -1 unless it is a pipe.
-    int GetOutputHandle() const;
+    int GetOutputHandle() const { return m_ahStreams[1]; }
     /// Reads the program's standard error; a blocking handle. -1 unless it is a pipe.
-    int GetErrorHandle() const;
+    int GetErrorHandle() const { return m_ahStreams[2]; }
 
     /// Closes the input handle: the program reads the end of its standard input.
     void CloseInput();
 
     /// `errno` of the last operation that failed, 0 before.
-    int GetLastError() const;
+    int GetLastError() const { return m_nLastError; }
 
 protected:
     std::shared_ptr<SKorChildState> m_pState; ///< What the thread that waits shares; null at first.

@@ -88,9 +88,7 @@ bool CopyExtendedAttributes(int hFrom, int hTo)
 /// A bit of the mode that the process may not set is dropped by the system without a failure.
 bool HasMode(int hFile, mode_t nMode)
 {
-    struct stat oStat
-    {
-    };
+    struct stat oStat;
     if (fstat(hFile, &oStat) != 0)
         return false;
     if ((oStat.st_mode & PERMISSIONS) != nMode)
@@ -102,9 +100,7 @@ bool HasMode(int hFile, mode_t nMode)
 
 bool KorCopyFileAttributes(int hFrom, int hTo)
 {
-    struct stat oFrom
-    {
-    };
+    struct stat oFrom;
     if (fstat(hFrom, &oFrom) != 0)
         return false;
     const mode_t nMode = oFrom.st_mode & PERMISSIONS;

@@ -51,9 +51,7 @@ KorFileState KorFileStateOf(const struct stat& oStat)
 
 KorFileState KorFileStateOf(const char* pszName)
 {
-    struct stat oStat
-    {
-    };
+    struct stat oStat;
     return stat(pszName, &oStat) == 0 ? KorFileStateOf(oStat) : KorFileState{};
 }
 
@@ -63,9 +61,7 @@ bool SKorFileImage::Read(const char* pszName)
     m_strContent.clear();
     // Neither a FIFO nor a terminal may make the open wait.
     const CKorDescriptor oFile(open(pszName, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat oStat
-    {
-    };
+    struct stat oStat;
     if (!oFile.IsOpen() || fstat(oFile.Get(), &oStat) != 0 || !IsReadable(oStat))
         return false;
     if (!ReadToEnd(oFile.Get(), static_cast<size_t>(oStat.st_size), m_strContent)) {

@@ -117,9 +117,7 @@ bool CKorLockedFile::Replace(const std::string& strContent, const SKorFileImage*
 /// nothing is written there. True without a descriptor when there is no file.
 bool CKorLockedFile::OpenOld(CKorDescriptor& roOld) const
 {
-    struct stat oStat
-    {
-    };
+    struct stat oStat;
     if (lstat(m_strPath.c_str(), &oStat) != 0)
         return errno == ENOENT;
     if (!IsReplaceable(oStat))

@@ -61,8 +61,6 @@ bool CKorSuccessorFile::Rename(const std::string& strName)
 
 KorFileState CKorSuccessorFile::GetState() const
 {
-    struct stat oStat
-    {
-    };
+    struct stat oStat;
     return fstat(m_oFile.Get(), &oStat) == 0 ? KorFileStateOf(oStat) : KorFileState{};
 }

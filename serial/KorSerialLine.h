@@ -175,7 +175,7 @@ public:
     void Cancel();
 
     /// Whether the line is open; a line that hung up is.
-    bool IsOpen() const;
+    bool IsOpen() const { return GetHandle() != -1; }
     /// Whether the line hung up, since the last Open() that succeeded.
     bool IsHungUp() const;
     /// `errno` of this thread's last call that failed or timed out; 0 when there was none. The

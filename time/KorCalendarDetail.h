@@ -111,12 +111,7 @@ constexpr SDate32 DateOfDay32(std::uint32_t nDay)
 }
 
 /// The date of any day.
-constexpr SDate DateOfDay(std::int64_t nDay)
-{
-    const std::int64_t nEra = FloorQuotient(nDay, DAYS_PER_ERA);
-    const auto oDate = DateOfDay32(static_cast<std::uint32_t>(FloorRest(nDay, DAYS_PER_ERA)));
-    return {nEra * YEARS_PER_ERA + oDate.nYear, oDate.nMonth, oDate.nDay};
-}
+SDate DateOfDay(std::int64_t nDay);
 
 /// The day of the year of a date, counted from 1: [1, 366].
 constexpr int DayOfYear(const SDate& oDate)

@@ -9,7 +9,6 @@ namespace
 {
 
 using Limits = std::numeric_limits<std::int64_t>;
-using Clock = std::chrono::system_clock;
 
 constexpr std::int64_t NANOSECONDS = 1000000000;
 constexpr std::int64_t NANOSECONDS_PER_TICK = 10;
@@ -48,22 +47,6 @@ std::int64_t KorToUnixNanoseconds(const CKorUTCTime& oTime)
         __builtin_mul_overflow(nNanoseconds, NANOSECONDS_PER_TICK, &nNanoseconds))
         return nTicks < EPOCH ? Limits::min() : Limits::max();
     return nNanoseconds;
-}
-
-CKorUTCTime KorFromSystemClock(Clock::time_point oTime)
-{
-    using namespace std::chrono;
-    const Clock::duration oSinceEpoch = oTime.time_since_epoch();
-    // Not rounded down, because the least time has no whole second below it.
-    const auto oSeconds = duration_cast<seconds>(oSinceEpoch);
-    const auto oRest = duration_cast<nanoseconds>(oSinceEpoch - oSeconds);
-    return KorFromUnixTime(oSeconds.count(), static_cast<std::int32_t>(oRest.count()));
-}
-
-Clock::time_point KorToSystemClock(const CKorUTCTime& oTime)
-{
-    const std::chrono::nanoseconds oSinceEpoch(KorToUnixNanoseconds(oTime));
-    return Clock::time_point(std::chrono::floor<Clock::duration>(oSinceEpoch));
 }
 
 CKorTickDuration KorToDuration(const CKorTimeDiff& oDiff)

@@ -43,10 +43,23 @@ TARVO_EXT_API std::int64_t KorToUnixNanoseconds(const CKorUTCTime& oTime);
 
 /// The instant of a `std::chrono` time, rounded down to ticks of 10 ns; valid. Beyond the range of
 /// times it is the nearest end of it, *not* valid.
-TARVO_EXT_API CKorUTCTime KorFromSystemClock(std::chrono::system_clock::time_point oTime);
+inline CKorUTCTime KorFromSystemClock(std::chrono::system_clock::time_point oTime)
+{
+    using namespace std::chrono;
+    const auto oSinceEpoch = oTime.time_since_epoch();
+    // Not rounded down, because the least time has no whole second below it.
+    const auto oSeconds = duration_cast<seconds>(oSinceEpoch);
+    const auto oRest = duration_cast<nanoseconds>(oSinceEpoch - oSeconds);
+    return KorFromUnixTime(oSeconds.count(), static_cast<std::int32_t>(oRest.count()));
+}
 
 /// The `std::chrono` time of an instant, rounded down; beyond its range the nearest end of it.
-TARVO_EXT_API std::chrono::system_clock::time_point KorToSystemClock(const CKorUTCTime& oTime);
+inline std::chrono::system_clock::time_point KorToSystemClock(const CKorUTCTime& oTime)
+{
+    using Clock = std::chrono::system_clock;
+    const std::chrono::nanoseconds oSinceEpoch(KorToUnixNanoseconds(oTime));
+    return Clock::time_point(std::chrono::floor<Clock::duration>(oSinceEpoch));
+}
 
 /// Ticks of 10 ns, in which times and spans count.
 using CKorTickDuration = std::chrono::duration<std::int64_t, std::ratio<1, 100000000>>;

@@ -14,22 +14,13 @@ namespace
 {
 
 constexpr int SECONDS_PER_MINUTE = 60;
-constexpr int SECONDS_PER_HOUR = 3600;
 
 int Minutes(int nSeconds)
 {
     return static_cast<int>(FloorQuotient(nSeconds, SECONDS_PER_MINUTE));
 }
 
-/// The date that a clock shows.
-KorCalendar::SDate DateAt(std::int64_t nTicks, int nOffsetMinutes)
-{
-    return KorCalendar::DateOfDay(ClockAt(nTicks, nOffsetMinutes).nDay);
-}
-
 } // namespace
-
-CKorZoneTime::CKorZoneTime() : m_nTicks(0), m_nOffsetMinutes(0) {}
 
 CKorZoneTime::CKorZoneTime(const CKorUTCTime& oTime)
     : CKorZoneTime(oTime, Minutes(KorGetUtcOffset(oTime)))
@@ -46,79 +37,33 @@ CKorZoneTime::CKorZoneTime(const CKorUTCTime& oTime, const CKorTimeZone& oZone)
 {
 }
 
-CKorZoneTime CKorZoneTime::CurrentTime()
-{
-    return CKorZoneTime(CKorUTCTime::CurrentTime());
-}
-
-CKorZoneTime CKorZoneTime::CurrentTime(const CKorTimeZone& oZone)
-{
-    return CKorZoneTime(CKorUTCTime::CurrentTime(), oZone);
-}
-
 CKorUTCTime CKorZoneTime::GetUtc() const
 {
     return KorInstant::FromTicks(m_nTicks);
 }
 
-int CKorZoneTime::GetOffsetMinutes() const
+int CKorZoneTime::GetPart(EPart ePart) const
 {
-    return m_nOffsetMinutes;
-}
-
-int CKorZoneTime::GetYear() const
-{
-    return static_cast<int>(DateAt(m_nTicks, m_nOffsetMinutes).nYear);
-}
-
-int CKorZoneTime::GetMonth() const
-{
-    return DateAt(m_nTicks, m_nOffsetMinutes).nMonth;
-}
-
-int CKorZoneTime::GetDay() const
-{
-    return DateAt(m_nTicks, m_nOffsetMinutes).nDay;
-}
-
-int CKorZoneTime::GetHour() const
-{
-    return ClockAt(m_nTicks, m_nOffsetMinutes).nSecond / SECONDS_PER_HOUR;
-}
-
-int CKorZoneTime::GetMinute() const
-{
-    return ClockAt(m_nTicks, m_nOffsetMinutes).nSecond / SECONDS_PER_MINUTE % 60;
-}
-
-int CKorZoneTime::GetSecond() const
-{
-    return ClockAt(m_nTicks, m_nOffsetMinutes).nSecond % SECONDS_PER_MINUTE;
-}
-
-int CKorZoneTime::GetMilliSecond() const
-{
-    return ClockAt(m_nTicks, 0).nTick / 100000;
-}
-
-int CKorZoneTime::GetMicroSecond() const
-{
-    return ClockAt(m_nTicks, 0).nTick / 100 % 1000;
-}
-
-int CKorZoneTime::GetNanoSecond() const
-{
-    return ClockAt(m_nTicks, 0).nTick % 100 * 10;
-}
-
-int CKorZoneTime::GetWeekDay() const
-{
-    return KorCalendar::IsoWeekday(ClockAt(m_nTicks, m_nOffsetMinutes).nDay);
-}
-
-int CKorZoneTime::GetDayOfYear() const
-{
-    return KorCalendar::DayOfYear(DateAt(m_nTicks, m_nOffsetMinutes));
+    const KorInstant::SClock oClock = ClockAt(m_nTicks, m_nOffsetMinutes);
+    if (ePart == PART_WEEKDAY)
+        return KorCalendar::IsoWeekday(oClock.nDay);
+    if (ePart < PART_WEEKDAY) {
+        const KorCalendar::SDate oDate = KorCalendar::DateOfDay(oClock.nDay);
+        return ePart == PART_YEAR    ? static_cast<int>(oDate.nYear)
+               : ePart == PART_MONTH ? oDate.nMonth
+               : ePart == PART_DAY   ? oDate.nDay
+                                     : KorCalendar::DayOfYear(oDate);
+    }
+    // What each of the others has of the one before it: of the second, and of the tick in it.
+    constexpr struct
+    {
+        int nUnit;
+        int nUnits;
+    } CLOCK[] = {{3600, 24}, {60, 60}, {1, 60}, {100000, 1000}, {100, 1000}};
+    if (ePart == PART_NANOSECOND)
+        return oClock.nTick % 100 * 10;
+    const auto& oPart = CLOCK[ePart - PART_HOUR];
+    return (ePart < PART_MILLISECOND ? oClock.nSecond : oClock.nTick) / oPart.nUnit % oPart.nUnits;
 }
 
 std::string CKorZoneTime::ToString(unsigned int nDigits) const

@@ -33,7 +33,7 @@ class TARVO_EXT_API CKorZoneTime
 {
 public:
     /// The first of January of year 0 with the offset 0.
-    CKorZoneTime();
+    CKorZoneTime() : m_nTicks(0), m_nOffsetMinutes(0) {}
     /// An instant with the offset that the process's zone has then, see KorGetUtcOffset(). Seconds
     /// of an offset are rounded down.
     explicit CKorZoneTime(const CKorUTCTime& oTime);
@@ -44,40 +44,43 @@ public:
 
     /// The system clock's instant in the process's zone. May be called from any thread while none
     /// changes the environment.
-    static CKorZoneTime CurrentTime();
+    static CKorZoneTime CurrentTime() { return CKorZoneTime(CKorUTCTime::CurrentTime()); }
     /// The system clock's instant in a zone.
-    static CKorZoneTime CurrentTime(const CKorTimeZone& oZone);
+    static CKorZoneTime CurrentTime(const CKorTimeZone& oZone)
+    {
+        return CKorZoneTime(CKorUTCTime::CurrentTime(), oZone);
+    }
 
     /// The instant; valid.
     CKorUTCTime GetUtc() const;
     /// The offset in minutes, east of Greenwich positive.
-    int GetOffsetMinutes() const;
+    int GetOffsetMinutes() const { return m_nOffsetMinutes; }
 
     /// @name What the clock shows
     /// @{
 
     /// Year; 0 and negative before year 1.
-    int GetYear() const;
+    int GetYear() const { return GetPart(PART_YEAR); }
     /// Month, 1 to 12.
-    int GetMonth() const;
+    int GetMonth() const { return GetPart(PART_MONTH); }
     /// Day of the month, from 1.
-    int GetDay() const;
+    int GetDay() const { return GetPart(PART_DAY); }
     /// Hour, 0 to 23.
-    int GetHour() const;
+    int GetHour() const { return GetPart(PART_HOUR); }
     /// Minute, 0 to 59.
-    int GetMinute() const;
+    int GetMinute() const { return GetPart(PART_MINUTE); }
     /// Second, 0 to 59.
-    int GetSecond() const;
+    int GetSecond() const { return GetPart(PART_SECOND); }
     /// Millisecond of the second, 0 to 999.
-    int GetMilliSecond() const;
+    int GetMilliSecond() const { return GetPart(PART_MILLISECOND); }
     /// Microsecond of the millisecond, 0 to 999.
-    int GetMicroSecond() const;
+    int GetMicroSecond() const { return GetPart(PART_MICROSECOND); }
     /// Nanosecond of the microsecond, 0 to 990, always a multiple of 10.
-    int GetNanoSecond() const;
+    int GetNanoSecond() const { return GetPart(PART_NANOSECOND); }
     /// Day of the week: 1 is Monday, 7 is Sunday.
-    int GetWeekDay() const;
+    int GetWeekDay() const { return GetPart(PART_WEEKDAY); }
     /// Day of the year, from 1.
-    int GetDayOfYear() const;
+    int GetDayOfYear() const { return GetPart(PART_DAY_OF_YEAR); }
     /// @}
 
     /// The time as text, see KorToIsoString(); empty when that has no text for it.
@@ -112,6 +115,23 @@ public:
 protected:
     std::int64_t m_nTicks;         ///< The instant in ticks of 10 ns since the year 0.
     std::int32_t m_nOffsetMinutes; ///< What the clock is ahead of UTC.
+
+private:
+    enum EPart
+    {
+        PART_YEAR,
+        PART_MONTH,
+        PART_DAY,
+        PART_DAY_OF_YEAR,
+        PART_WEEKDAY,
+        PART_HOUR,
+        PART_MINUTE,
+        PART_SECOND,
+        PART_MILLISECOND,
+        PART_MICROSECOND,
+        PART_NANOSECOND
+    };
+    int GetPart(EPart ePart) const;
 };
 
 /// Writes CKorZoneTime::ToString() as the stream writes any text.
