@@ -4,6 +4,7 @@
 #include <asm/ioctls.h>
 #include <asm/termbits.h>
 #include <cerrno>
+#include <cstddef>
 #include <iterator>
 #include <sys/ioctl.h>
 
@@ -45,31 +46,8 @@ unsigned int NameOf(unsigned int nSpeed)
     return BOTHER;
 }
 
-template <typename TTermios>
-void FromKernel(const TTermios& oKernel, SKorLineSettings& rSettings)
-{
-    static_assert(sizeof oKernel.c_cc == sizeof rSettings.m_anCharacters);
-    rSettings.m_nInput = oKernel.c_iflag;
-    rSettings.m_nOutput = oKernel.c_oflag;
-    rSettings.m_nControl = oKernel.c_cflag;
-    rSettings.m_nLocal = oKernel.c_lflag;
-    rSettings.m_nDiscipline = oKernel.c_line;
-    std::copy(std::begin(oKernel.c_cc), std::end(oKernel.c_cc), rSettings.m_anCharacters);
-}
-
-template <typename TTermios>
-TTermios ToKernel(const SKorLineSettings& oSettings)
-{
-    TTermios oKernel = {};
-    oKernel.c_iflag = oSettings.m_nInput;
-    oKernel.c_oflag = oSettings.m_nOutput;
-    oKernel.c_cflag = oSettings.m_nControl;
-    oKernel.c_lflag = oSettings.m_nLocal;
-    oKernel.c_line = oSettings.m_nDiscipline;
-    std::copy(std::begin(oSettings.m_anCharacters), std::end(oSettings.m_anCharacters),
-              oKernel.c_cc);
-    return oKernel;
-}
+// The older calls know the first part of what the newer ones know.
+static_assert(sizeof(termios) == offsetof(termios2, c_ispeed));
 
 /// Whether the last call failed because the kernel, or an emulator of one, does not know it.
 bool IsUnknownCall()
@@ -81,27 +59,37 @@ bool IsUnknownCall()
 
 bool KorGetLineSettings(int hLine, SKorLineSettings& rSettings)
 {
-    termios2 oFree = {};
-    if (ioctl(hLine, TCGETS2, &oFree) == 0) {
-        FromKernel(oFree, rSettings);
-        rSettings.m_nInputSpeed = oFree.c_ispeed;
-        rSettings.m_nOutputSpeed = oFree.c_ospeed;
-        return true;
+    termios2 oKernel = {};
+    if (ioctl(hLine, TCGETS2, &oKernel) != 0) {
+        if (!IsUnknownCall() || ioctl(hLine, TCGETS, &oKernel) != 0)
+            return false;
+        oKernel.c_ispeed = oKernel.c_ospeed = SpeedOf(oKernel.c_cflag);
     }
-    termios oNamed = {};
-    if (!IsUnknownCall() || ioctl(hLine, TCGETS, &oNamed) != 0)
-        return false;
-    FromKernel(oNamed, rSettings);
-    rSettings.m_nInputSpeed = rSettings.m_nOutputSpeed = SpeedOf(oNamed.c_cflag);
+    static_assert(sizeof oKernel.c_cc == sizeof rSettings.m_anCharacters);
+    rSettings.m_nInput = oKernel.c_iflag;
+    rSettings.m_nOutput = oKernel.c_oflag;
+    rSettings.m_nControl = oKernel.c_cflag;
+    rSettings.m_nLocal = oKernel.c_lflag;
+    rSettings.m_nDiscipline = oKernel.c_line;
+    std::copy(std::begin(oKernel.c_cc), std::end(oKernel.c_cc), rSettings.m_anCharacters);
+    rSettings.m_nInputSpeed = oKernel.c_ispeed;
+    rSettings.m_nOutputSpeed = oKernel.c_ospeed;
     return true;
 }
 
 bool KorSetLineSettings(int hLine, const SKorLineSettings& oSettings)
 {
-    termios2 oFree = ToKernel<termios2>(oSettings);
-    oFree.c_ispeed = oSettings.m_nInputSpeed;
-    oFree.c_ospeed = oSettings.m_nOutputSpeed;
-    if (ioctl(hLine, TCSETS2, &oFree) == 0)
+    termios2 oKernel = {};
+    oKernel.c_iflag = oSettings.m_nInput;
+    oKernel.c_oflag = oSettings.m_nOutput;
+    oKernel.c_cflag = oSettings.m_nControl;
+    oKernel.c_lflag = oSettings.m_nLocal;
+    oKernel.c_line = oSettings.m_nDiscipline;
+    std::copy(std::begin(oSettings.m_anCharacters), std::end(oSettings.m_anCharacters),
+              oKernel.c_cc);
+    oKernel.c_ispeed = oSettings.m_nInputSpeed;
+    oKernel.c_ospeed = oSettings.m_nOutputSpeed;
+    if (ioctl(hLine, TCSETS2, &oKernel) == 0)
         return true;
     if (!IsUnknownCall())
         return false;
@@ -109,8 +97,7 @@ bool KorSetLineSettings(int hLine, const SKorLineSettings& oSettings)
         errno = EINVAL;
         return false;
     }
-    const termios oNamed = ToKernel<termios>(oSettings);
-    return ioctl(hLine, TCSETS, &oNamed) == 0;
+    return ioctl(hLine, TCSETS, &oKernel) == 0;
 }
 
 void KorSetLineSpeed(SKorLineSettings& rSettings, unsigned int nSpeed)
