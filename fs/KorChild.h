@@ -160,8 +160,10 @@ private:
     TARVO_EXT_LOCAL void Release();
 };
 
-/// Runs a program to its end and keeps what it writes to its standard output. Its standard input
-/// is `/dev/null`, its standard error the parent's.
+/// Runs a program to its end and keeps what it writes to its standard output. Its standard error is
+/// the parent's.
+/// @param pstrInput      its standard input, which may be the same string as @p rstrOutput, or null
+///                       for `/dev/null`. A program that does not read all of it is no failure.
 /// @param vecArguments   as in CKorChild::Start()
 /// @param[out] rstrOutput    the output, also when the result is false
 /// @param[out] rnExitStatus  the exit status; 128 and the signal when a signal ended the program;
@@ -171,12 +173,21 @@ private:
 ///         a program that takes too long was killed. A process of its own that still holds its
 ///         output is not waited for.
 TARVO_EXT_API bool KorRunProgram(const std::vector<std::string>& vecArguments,
-                                 std::string& rstrOutput, int& rnExitStatus, unsigned int nTimeout);
-
-/// The same with @p strInput as the standard input, which may be the same string as
-/// @p rstrOutput. A program that does not read all of it is no failure.
-TARVO_EXT_API bool KorRunProgram(const std::vector<std::string>& vecArguments,
-                                 const std::string& strInput, std::string& rstrOutput,
+                                 const std::string* pstrInput, std::string& rstrOutput,
                                  int& rnExitStatus, unsigned int nTimeout);
+
+/// The same without an input.
+inline bool KorRunProgram(const std::vector<std::string>& vecArguments, std::string& rstrOutput,
+                          int& rnExitStatus, unsigned int nTimeout)
+{
+    return KorRunProgram(vecArguments, nullptr, rstrOutput, rnExitStatus, nTimeout);
+}
+
+/// The same with an input.
+inline bool KorRunProgram(const std::vector<std::string>& vecArguments, const std::string& strInput,
+                          std::string& rstrOutput, int& rnExitStatus, unsigned int nTimeout)
+{
+    return KorRunProgram(vecArguments, &strInput, rstrOutput, rnExitStatus, nTimeout);
+}
 
 /// @}

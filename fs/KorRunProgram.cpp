@@ -131,8 +131,10 @@ private:
     int m_hOutput = -1;
 };
 
-bool RunProgram(const std::vector<std::string>& vecArguments, const std::string* pstrInput,
-                std::string& rstrOutput, int& rnExitStatus, unsigned int nTimeout)
+} // namespace
+
+bool KorRunProgram(const std::vector<std::string>& vecArguments, const std::string* pstrInput,
+                   std::string& rstrOutput, int& rnExitStatus, unsigned int nTimeout)
 {
     int nError = 0;
     {
@@ -144,18 +146,4 @@ bool RunProgram(const std::vector<std::string>& vecArguments, const std::string*
     if (nError != 0)
         errno = nError;
     return nError == 0;
-}
-
-} // namespace
-
-bool KorRunProgram(const std::vector<std::string>& vecArguments, std::string& rstrOutput,
-                   int& rnExitStatus, unsigned int nTimeout)
-{
-    return RunProgram(vecArguments, nullptr, rstrOutput, rnExitStatus, nTimeout);
-}
-
-bool KorRunProgram(const std::vector<std::string>& vecArguments, const std::string& strInput,
-                   std::string& rstrOutput, int& rnExitStatus, unsigned int nTimeout)
-{
-    return RunProgram(vecArguments, &strInput, rstrOutput, rnExitStatus, nTimeout);
 }
