@@ -69,10 +69,10 @@ int CKorDaemonApplication::Start(int argc, char** argv)
         return eResult == CKorOptionParser::PARSE_DONE ? EXIT_SUCCESS : WRONG_USAGE;
     ParseCommandLine();
     if (Initialize()) {
-        m_oLoop.Post([this] {
-            TellReady();
-            TellAlive();
-        });
+        m_oLoop.Post(Step([](CKorDaemonApplication& oThis) {
+            oThis.TellReady();
+            oThis.TellAlive();
+        }));
         Run();
         KorNotifyStopping();
     } else if (!m_bEndByProgram) {
@@ -130,7 +130,8 @@ void CKorDaemonApplication::InstallSignalHandlers()
     SetAction(SIGABRT, SIG_DFL);
     SetAction(SIGPIPE, &DoNothing);
     if (m_nReloadTicket == -1)
-        m_nReloadTicket = m_oLoop.CallOnSignal(SIGHUP, [this] { Reload(); });
+        m_nReloadTicket = m_oLoop.CallOnSignal(
+            SIGHUP, Step([](CKorDaemonApplication& oThis) { oThis.Reload(); }));
 }
 
 void CKorDaemonApplication::RemoveSignalHandlers()
@@ -181,19 +182,25 @@ void CKorDaemonApplication::AskForEnd()
     m_oLoop.Stop();
 }
 
+/// A handler for the loop: one kind of function object for all of them.
+std::function<void()> CKorDaemonApplication::Step(void (*pfnStep)(CKorDaemonApplication&))
+{
+    return [this, pfnStep] { pfnStep(*this); };
+}
+
 /// A manager that waits for this takes a program that does not say it for one that failed.
 void CKorDaemonApplication::TellReady()
 {
     constexpr unsigned int PAUSE_MS = 100;
     if (!KorNotifyReady() && errno == EAGAIN) // its queue is full
-        m_oLoop.CallAfter(PAUSE_MS, [this] { TellReady(); });
+        m_oLoop.CallAfter(PAUSE_MS, Step([](CKorDaemonApplication& oThis) { oThis.TellReady(); }));
 }
 
 void CKorDaemonApplication::TellAlive()
 {
     const unsigned int nInterval = KorGetAliveInterval();
     if (nInterval != 0 && std::getenv("NOTIFY_SOCKET") != nullptr)
-        m_oLoop.CallEvery(nInterval, [] { KorNotifyAlive(); });
+        m_oLoop.CallEvery(nInterval, Step([](CKorDaemonApplication&) { KorNotifyAlive(); }));
 }
 
 void CKorDaemonApplication::Reload()

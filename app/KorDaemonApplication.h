@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 
 /// @addtogroup daemons
 /// @{
@@ -135,6 +136,7 @@ private:
     TARVO_EXT_LOCAL CKorOptionParser::EResult TakeOptions(int argc, char** argv);
     TARVO_EXT_LOCAL void AskForEnd();
     TARVO_EXT_LOCAL void CountEndSignal(int nSignal);
+    TARVO_EXT_LOCAL std::function<void()> Step(void (*pfnStep)(CKorDaemonApplication&));
     TARVO_EXT_LOCAL void TellReady();
     TARVO_EXT_LOCAL void TellAlive();
     TARVO_EXT_LOCAL void Reload();

@@ -104,5 +104,5 @@ void CKorDaemonApplication::Settle(int nNull)
         dup2(nNull, nHandle);
     m_nPID = getpid();
     // The loop sees to itself at the first operation.
-    m_oLoop.Cancel(m_oLoop.CallAfter(0, [] {}));
+    m_oLoop.Cancel(m_oLoop.CallAfter(0, Step([](CKorDaemonApplication&) {})));
 }
