@@ -20,6 +20,13 @@ std::string KorIniLabel(const SKorIniName& oName)
     return strLabel;
 }
 
+SKorIniFinding KorIniNotStorable(const SKorIniName& oName, const char* pszWhy)
+{
+    return {SKorIniFinding::FINDING_NOT_STORABLE, 0, std::string(oName.m_strSection),
+            std::string(oName.m_strOption),
+            KorConcat({KorIniLabel(oName), " cannot be stored: ", pszWhy})};
+}
+
 SKorIniFinding KorIniFailure(const char* pszDoing, int nError)
 {
     SKorIniFinding oFinding;

@@ -10,6 +10,9 @@
 /// The name as a person reads it: "[Section] Option", with "?" for what does not print.
 std::string KorIniLabel(const SKorIniName& oName);
 
+/// The refusal of an option that the format cannot hold.
+SKorIniFinding KorIniNotStorable(const SKorIniName& oName, const char* pszWhy);
+
 /// A failure of the system.
 SKorIniFinding KorIniFailure(const char* pszDoing, int nError);
 

@@ -94,60 +94,62 @@ void CKorSafeIniFile::TakeFindings(CKorIniWatch& roWatch, const SKorFileImage& o
 std::string CKorSafeIniFile::ReadOption(const char* pszSection, const char* pszOption,
                                         const char* pszDefault)
 {
+    std::string strValue;
+    if (!Look(pszSection, pszOption, &strValue))
+        strValue = KorText(pszDefault);
+    return strValue;
+}
+
+bool CKorSafeIniFile::HasOption(const char* pszSection, const char* pszOption)
+{
+    return Look(pszSection, pszOption, nullptr);
+}
+
+/// Looks an option up in the file.
+/// @param pstrValue  receives its value, unless it is null
+bool CKorSafeIniFile::Look(const char* pszSection, const char* pszOption, std::string* pstrValue)
+{
     Begin();
     SKorFileImage oImage;
     Read(oImage);
     CKorIniText oLine(oImage.m_strContent);
     const bool bFound =
         Find(oLine, CKorIniNameRule(m_bCaseSensitiv), {KorText(pszSection), KorText(pszOption)});
-    return std::string(bFound ? oLine.Parts().m_strValue : KorText(pszDefault));
+    if (bFound && pstrValue != nullptr)
+        *pstrValue = oLine.Parts().m_strValue;
+    return bFound;
 }
 
 bool CKorSafeIniFile::WriteOption(const char* pszSection, const char* pszOption,
                                   const char* pszValue)
 {
-    return Apply({SKorIniChange::CHANGE_SET, std::string(KorText(pszSection)),
-                  std::string(KorText(pszOption)), std::string(KorText(pszValue))});
+    return Apply(SKorIniChange::CHANGE_SET, pszSection, pszOption, pszValue);
 }
 
 bool CKorSafeIniFile::RemoveOption(const char* pszSection, const char* pszOption)
 {
-    return Apply({SKorIniChange::CHANGE_REMOVE,
-                  std::string(KorText(pszSection)),
-                  std::string(KorText(pszOption)),
-                  {}});
+    return Apply(SKorIniChange::CHANGE_REMOVE, pszSection, pszOption, nullptr);
 }
 
 bool CKorSafeIniFile::RemoveSection(const char* pszSection)
 {
-    return Apply({SKorIniChange::CHANGE_REMOVE_SECTION, std::string(KorText(pszSection)), {}, {}});
-}
-
-bool CKorSafeIniFile::HasOption(const char* pszSection, const char* pszOption)
-{
-    Begin();
-    SKorFileImage oImage;
-    Read(oImage);
-    CKorIniText oLine(oImage.m_strContent);
-    return Find(oLine, CKorIniNameRule(m_bCaseSensitiv), {KorText(pszSection), KorText(pszOption)});
+    return Apply(SKorIniChange::CHANGE_REMOVE_SECTION, pszSection, nullptr, nullptr);
 }
 
 void CKorSafeIniFile::ReadAllSections(std::vector<std::string>& vecSections)
 {
-    Begin();
-    SKorFileImage oImage;
-    Read(oImage);
-    std::vector<std::string_view> vecNames;
-    CKorIniText oLine(oImage.m_strContent);
-    while (oLine.Next()) {
-        if (oLine.Is(EKorIniLine::HEADER) && !oLine.Section().empty())
-            vecNames.push_back(oLine.Section());
-    }
-    vecSections = KorIniSortedOnce(vecNames, CKorIniNameRule(m_bCaseSensitiv));
+    List(true, nullptr, vecSections);
 }
 
 void CKorSafeIniFile::ReadAllSectionEntries(const char* pszSection,
                                             std::vector<std::string>& vecOptions)
+{
+    List(false, pszSection, vecOptions);
+}
+
+/// Lists all sections, or the options of one.
+void CKorSafeIniFile::List(bool bSections, const char* pszSection,
+                           std::vector<std::string>& rvecNames)
 {
     Begin();
     SKorFileImage oImage;
@@ -156,10 +158,13 @@ void CKorSafeIniFile::ReadAllSectionEntries(const char* pszSection,
     std::vector<std::string_view> vecNames;
     CKorIniText oLine(oImage.m_strContent);
     while (oLine.Next()) {
-        if (oLine.Is(EKorIniLine::OPTION) && oRule.Equal(oLine.Section(), KorText(pszSection)))
-            vecNames.push_back(oLine.Parts().m_strName);
+        const bool bListed = bSections ? oLine.Is(EKorIniLine::HEADER) && !oLine.Section().empty()
+                                       : oLine.Is(EKorIniLine::OPTION) &&
+                                             oRule.Equal(oLine.Section(), KorText(pszSection));
+        if (bListed)
+            vecNames.push_back(std::string_view(oLine.Parts().m_strName));
     }
-    vecOptions = KorIniSortedOnce(vecNames, oRule);
+    rvecNames = KorIniSortedOnce(vecNames, oRule);
 }
 
 bool CKorSafeIniFile::HasChangedOnDisk() const
@@ -194,11 +199,15 @@ bool CKorSafeIniFile::Read(SKorFileImage& roImage)
     return nError == ENOENT || Fail("read", nError);
 }
 
-bool CKorSafeIniFile::Apply(const SKorIniChange& oChange)
+bool CKorSafeIniFile::Apply(int nKind, const char* pszSection, const char* pszOption,
+                            const char* pszValue)
 {
     Begin();
     SKorFileImage oImage;
-    return Read(oImage) && Write(oImage, {oChange});
+    return Read(oImage) &&
+           Write(oImage,
+                 {{static_cast<SKorIniChange::EKind>(nKind), std::string(KorText(pszSection)),
+                   std::string(KorText(pszOption)), std::string(KorText(pszValue))}});
 }
 
 /// Refuses what the format cannot hold, unless the file holds it already.
@@ -213,9 +222,7 @@ bool CKorSafeIniFile::Check(const SKorFileImage& oRead, const SKorIniChange& oCh
         oLine.Parts().m_strValue == oChange.m_strValue)
         return true;
     m_nLastError = EINVAL;
-    m_vecFindings.push_back({SKorIniFinding::FINDING_NOT_STORABLE, 0, oChange.m_strSection,
-                             oChange.m_strOption,
-                             KorConcat({KorIniLabel(oName), " cannot be stored: ", pszWhy})});
+    m_vecFindings.push_back(KorIniNotStorable(oName, pszWhy));
     return false;
 }
 

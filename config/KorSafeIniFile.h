@@ -168,7 +168,12 @@ private:
     TARVO_EXT_LOCAL bool Fail(const char* pszDoing, int nError);
     TARVO_EXT_LOCAL bool Read(SKorFileImage& roImage);
     TARVO_EXT_LOCAL void TakeFindings(CKorIniWatch& roWatch, const SKorFileImage& oRead);
-    TARVO_EXT_LOCAL bool Apply(const SKorIniChange& oChange);
+    TARVO_EXT_LOCAL bool Look(const char* pszSection, const char* pszOption,
+                              std::string* pstrValue);
+    TARVO_EXT_LOCAL void List(bool bSections, const char* pszSection,
+                              std::vector<std::string>& rvecNames);
+    TARVO_EXT_LOCAL bool Apply(int nKind, const char* pszSection, const char* pszOption,
+                               const char* pszValue);
     TARVO_EXT_LOCAL bool Check(const SKorFileImage& oRead, const SKorIniChange& oChange);
     TARVO_EXT_LOCAL bool Write(const SKorFileImage& oRead,
                                const std::vector<SKorIniChange>& vecChanges);

@@ -70,10 +70,7 @@ bool CKorTypedOption::Store(const std::string& strText)
     const char* const pszWhyNot =
         KorIniWhyNotStorable({SKorIniChange::CHANGE_SET, m_strSection, m_strOption, strStored});
     if (pszWhyNot != nullptr) {
-        const std::string strLabel = KorIniLabel({m_strSection, m_strOption});
-        KorReportIniFinding(m_pExchange,
-                            {SKorIniFinding::FINDING_NOT_STORABLE, 0, m_strSection, m_strOption,
-                             KorConcat({strLabel, " cannot be stored: ", pszWhyNot})});
+        KorReportIniFinding(m_pExchange, KorIniNotStorable({m_strSection, m_strOption}, pszWhyNot));
         return false;
     }
     m_pExchange->SetOptionString(m_strSection.c_str(), m_strOption.c_str(), strStored.c_str());
