@@ -2,6 +2,7 @@
 
 #include "fs/KorChildDetail.h"
 #include "fs/KorSpawnDetail.h"
+#include "text/KorSharedDetail.h"
 #include "time/KorTimeout.h"
 
 #include <cerrno>
@@ -95,7 +96,7 @@ bool CKorChild::Launch(const std::vector<std::string>& vecArguments,
 {
     CKorSpawn oSpawn;
     CStreams oStreams;
-    const auto pState = std::make_shared<SKorChildState>();
+    const auto pState = KorMakeShared<SKorChildState>();
     if (!oSpawn.Prepare(vecArguments, oOptions) || !pState->m_oEnd.IsOpen() ||
         !oStreams.Open(oOptions, oSpawn))
         return false;

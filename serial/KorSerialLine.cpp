@@ -3,6 +3,7 @@
 #include "serial/KorLineCallDetail.h"
 #include "serial/KorLineDriverDetail.h"
 #include "serial/KorLineReceptionDetail.h"
+#include "text/KorSharedDetail.h"
 
 #include <termios.h>
 #include <utility>
@@ -32,7 +33,7 @@ int Flush(int hLine, int nQueue)
 
 } // namespace
 
-CKorSerialLine::CKorSerialLine() : m_pState(std::make_shared<CKorLineState>()) {}
+CKorSerialLine::CKorSerialLine() : m_pState(KorMakeShared<CKorLineState>()) {}
 
 CKorSerialLine::~CKorSerialLine()
 {
@@ -107,7 +108,7 @@ int CKorSerialLine::GetHandle() const
 int CKorSerialLine::StartReception(DataHandler fnData, HangupHandler fnHangup)
 {
     const bool bCanReceive = static_cast<bool>(fnData);
-    auto pReception = std::make_shared<CKorLineReception>(std::move(fnData), std::move(fnHangup));
+    auto pReception = KorMakeShared<CKorLineReception>(std::move(fnData), std::move(fnHangup));
     CKorLineCall oCall(*m_pState);
     int nErrno = oCall.CheckReading();
     if (nErrno == EOPNOTSUPP) {

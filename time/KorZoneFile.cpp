@@ -1,5 +1,7 @@
 #include "time/KorZoneFileDetail.h"
 
+#include "text/KorSharedDetail.h"
+
 #include "time/KorZoneRuleDetail.h"
 
 #include <cstring>
@@ -79,8 +81,8 @@ std::shared_ptr<CKorZoneData> CZoneFile::Read()
     if (!TakeBlock(bVersion1 ? 4 : 8) || (!bVersion1 && !TakeRule(oRule, bHasRule)) ||
         m_pNext != m_pEnd)
         return nullptr;
-    auto pData = std::make_shared<CKorZoneData>(std::move(m_vecTypes), std::move(m_vecChanges),
-                                                std::move(m_vecTypeOfPeriod));
+    auto pData = KorMakeShared<CKorZoneData>(std::move(m_vecTypes), std::move(m_vecChanges),
+                                             std::move(m_vecTypeOfPeriod));
     if (bHasRule)
         pData->Continue(oRule);
     return pData;

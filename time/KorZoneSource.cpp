@@ -3,6 +3,7 @@
 
 #include "time/KorZoneSourceDetail.h"
 
+#include "text/KorSharedDetail.h"
 #include "text/KorStringDetail.h"
 #include "time/KorZoneFileDetail.h"
 #include "time/KorZoneRuleDetail.h"
@@ -86,7 +87,7 @@ EKorZoneSearch KorLoadZone(const std::string& strPath, const std::string& strRul
         CKorZoneRule oRule;
         if (!oRule.Parse(strRule))
             return ZONE_ABSENT;
-        pZone = std::make_shared<CKorZoneData>(oRule);
+        pZone = KorMakeShared<CKorZoneData>(oRule);
     }
     if (pZone == nullptr)
         return ZONE_REFUSED;
