@@ -240,7 +240,7 @@ void CEditor::Insert(size_t nPlace, const std::string& strLines)
 {
     const bool bAtEnd = nPlace == m_strText.size();
     const bool bOpenLine = bAtEnd && nPlace != 0 && m_strText.back() != '\n' && !m_bInsertedAtEnd;
-    Splice(nPlace, 0, bOpenLine ? EndOfLastLine() + strLines : strLines);
+    Splice(nPlace, 0, KorConcat({bOpenLine ? EndOfLastLine() : "", strLines}));
     m_bInsertedAtEnd |= bAtEnd;
     m_bBlankEnd &= !bAtEnd;
 }
@@ -258,7 +258,8 @@ void CEditor::Splice(size_t nBegin, size_t nSize, const std::string& strNew)
 std::string CEditor::EndOfLastLine() const
 {
     const std::string strLine(m_strText.substr(m_strText.rfind('\n') + 1));
-    const bool bSame = KorIniParse(strLine + "\r").m_strName == KorIniParse(strLine).m_strName;
+    const bool bSame =
+        KorIniParse(KorConcat({strLine, "\r"})).m_strName == KorIniParse(strLine).m_strName;
     return bSame ? m_strLineEnd : "\n";
 }
 

@@ -23,9 +23,8 @@ struct SKorIniChange
     std::string m_strValue;
 };
 
-/// Why a change to be made cannot be kept by the format, as the end of a sentence; null when it
-/// can.
-const char* KorIniWhyNotStorable(const SKorIniChange& oChange);
+/// Why an option cannot be kept by the format, as the end of a sentence; empty when it can.
+std::string KorIniWhyNotStorable(const SKorIniName& oName, std::string_view strValue);
 
 /// Makes changes, of one option each, in a text, all bytes but those of the changes staying.
 /// @param rstrEdited  receives the new text when it differs

@@ -109,9 +109,9 @@ void CChecker::Report(SKorIniFinding::EKind eKind, const CKorIniText& oLine,
                       std::initializer_list<std::string_view> lstText)
 {
     const bool bOption = oLine.Is(EKorIniLine::OPTION);
-    m_rvecFindings.push_back({eKind, oLine.Number(), std::string(oLine.Section()),
-                              std::string(bOption ? oLine.Parts().m_strName : std::string_view()),
-                              KorConcat(lstText)});
+    const std::string_view strOption = bOption ? oLine.Parts().m_strName : std::string_view();
+    m_rvecFindings.push_back(
+        KorIniFindingOf(eKind, oLine.Number(), {oLine.Section(), strOption}, lstText));
 }
 
 } // namespace

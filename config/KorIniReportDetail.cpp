@@ -4,7 +4,7 @@
 #include "text/KorStringDetail.h"
 
 #include <algorithm>
-#include <system_error>
+#include <cstring>
 
 std::string KorIniLabel(const SKorIniName& oName)
 {
@@ -20,20 +20,24 @@ std::string KorIniLabel(const SKorIniName& oName)
     return strLabel;
 }
 
-SKorIniFinding KorIniNotStorable(const SKorIniName& oName, const char* pszWhy)
+SKorIniFinding KorIniFindingOf(SKorIniFinding::EKind eKind, unsigned int nLine,
+                               const SKorIniName& oName,
+                               std::initializer_list<std::string_view> lstText)
 {
-    return {SKorIniFinding::FINDING_NOT_STORABLE, 0, std::string(oName.m_strSection),
-            std::string(oName.m_strOption),
-            KorConcat({KorIniLabel(oName), " cannot be stored: ", pszWhy})};
+    return {eKind, nLine, std::string(oName.m_strSection), std::string(oName.m_strOption),
+            KorConcat(lstText)};
+}
+
+SKorIniFinding KorIniNotStorable(const SKorIniName& oName, std::string_view strWhy)
+{
+    return KorIniFindingOf(SKorIniFinding::FINDING_NOT_STORABLE, 0, oName,
+                           {KorIniLabel(oName), " cannot be stored: ", strWhy});
 }
 
 SKorIniFinding KorIniFailure(const char* pszDoing, int nError)
 {
-    SKorIniFinding oFinding;
-    oFinding.m_eKind = SKorIniFinding::FINDING_IO_ERROR;
-    oFinding.m_strText =
-        KorConcat({"the file cannot be ", pszDoing, ": ", std::generic_category().message(nError)});
-    return oFinding;
+    return KorIniFindingOf(SKorIniFinding::FINDING_IO_ERROR, 0, {},
+                           {"the file cannot be ", pszDoing, ": ", std::strerror(nError)});
 }
 
 void KorIniAddLineNumbers(std::string_view strText, CKorIniNameRule oRule,
@@ -69,8 +73,8 @@ void KorIniAddUnknown(std::string_view strText, CKorIniNameRule oRule,
             oSeen.Find(oName) != CKorIniNameList::NONE)
             continue;
         oSeen.Add(oName);
-        rvecFindings.push_back({SKorIniFinding::FINDING_UNKNOWN_OPTION, oLine.Number(),
-                                std::string(oName.m_strSection), std::string(oName.m_strOption),
-                                KorConcat({KorIniLabel(oName), " is no option of this program"})});
+        rvecFindings.push_back(
+            KorIniFindingOf(SKorIniFinding::FINDING_UNKNOWN_OPTION, oLine.Number(), oName,
+                            {KorIniLabel(oName), " is no option of this program"}));
     }
 }

@@ -5,13 +5,19 @@
 #include "config/KorIniFinding.h"
 #include "config/KorIniNameListDetail.h"
 
+#include <initializer_list>
 #include <string_view>
 
 /// The name as a person reads it: "[Section] Option", with "?" for what does not print.
 std::string KorIniLabel(const SKorIniName& oName);
 
+/// A finding about an option, or about a section when the option is empty.
+SKorIniFinding KorIniFindingOf(SKorIniFinding::EKind eKind, unsigned int nLine,
+                               const SKorIniName& oName,
+                               std::initializer_list<std::string_view> lstText);
+
 /// The refusal of an option that the format cannot hold.
-SKorIniFinding KorIniNotStorable(const SKorIniName& oName, const char* pszWhy);
+SKorIniFinding KorIniNotStorable(const SKorIniName& oName, std::string_view strWhy);
 
 /// A failure of the system.
 SKorIniFinding KorIniFailure(const char* pszDoing, int nError);

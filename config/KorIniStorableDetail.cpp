@@ -4,61 +4,39 @@
 namespace
 {
 
-constexpr std::string_view NUL("\0", 1);
-
-bool Holds(std::string_view strText, std::string_view strPart)
+bool Holds(std::string_view strText, char c)
 {
-    return strText.find(strPart) != std::string_view::npos;
+    return strText.find(c) != std::string_view::npos;
 }
 
-bool HasBlankEnd(std::string_view strText)
+/// Why a part of a line cannot be kept; empty when it can.
+/// @param cEnd   the character that would end the part
+/// @param bTrim  whether white space at its ends is lost
+std::string WhyNot(std::string_view strPart, std::string_view strText, char cEnd, bool bTrim)
 {
-    return KorLTrim(KorRTrim(strText)).size() != strText.size();
-}
-
-const char* WhyNotSection(std::string_view strSection)
-{
-    if (Holds(strSection, "]"))
-        return "the section's name holds \"]\", where it would end";
-    if (Holds(strSection, "#"))
-        return "the section's name holds \"#\", which begins a comment";
-    if (Holds(strSection, "\n") || Holds(strSection, NUL))
-        return "the section's name holds a line feed or a NUL byte";
-    return nullptr;
-}
-
-const char* WhyNotOption(std::string_view strOption)
-{
-    if (strOption.empty())
-        return "the option has no name";
-    if (strOption.front() == '[')
-        return "the option's name begins with \"[\", as a header does";
-    if (Holds(strOption, "="))
-        return "the option's name holds \"=\", where it would end";
-    if (Holds(strOption, "#"))
-        return "the option's name holds \"#\", which begins a comment";
-    if (Holds(strOption, "\n") || Holds(strOption, NUL))
-        return "the option's name holds a line feed or a NUL byte";
-    return HasBlankEnd(strOption) ? "the option's name has white space at an end" : nullptr;
-}
-
-const char* WhyNotValue(std::string_view strValue)
-{
-    if (Holds(strValue, "#"))
-        return "the value holds \"#\", which begins a comment";
-    if (Holds(strValue, "\n") || Holds(strValue, NUL))
-        return "the value holds a line feed or a NUL byte";
-    return HasBlankEnd(strValue) ? "the value has white space at an end" : nullptr;
+    const char* pszWhy = nullptr;
+    if (Holds(strText, cEnd) && cEnd != '#')
+        return KorConcat({strPart, " holds \"", {&cEnd, 1}, "\", where it would end"});
+    if (Holds(strText, '#'))
+        pszWhy = " holds \"#\", which begins a comment";
+    else if (Holds(strText, '\n') || Holds(strText, '\0'))
+        pszWhy = " holds a line feed or a NUL byte";
+    else if (bTrim && KorLTrim(KorRTrim(strText)).size() != strText.size())
+        pszWhy = " has white space at an end";
+    return pszWhy != nullptr ? KorConcat({strPart, pszWhy}) : std::string();
 }
 
 } // namespace
 
-const char* KorIniWhyNotStorable(const SKorIniChange& oChange)
+std::string KorIniWhyNotStorable(const SKorIniName& oName, std::string_view strValue)
 {
-    if (oChange.m_eKind != SKorIniChange::CHANGE_SET)
-        return nullptr;
-    const char* pszWhy = WhyNotSection(oChange.m_strSection);
-    if (pszWhy == nullptr)
-        pszWhy = WhyNotOption(oChange.m_strOption);
-    return pszWhy != nullptr ? pszWhy : WhyNotValue(oChange.m_strValue);
+    std::string strWhy = WhyNot("the section's name", oName.m_strSection, ']', false);
+    if (!strWhy.empty())
+        return strWhy;
+    if (oName.m_strOption.empty())
+        return "the option has no name";
+    if (oName.m_strOption.front() == '[')
+        return "the option's name begins with \"[\", as a header does";
+    strWhy = WhyNot("the option's name", oName.m_strOption, '=', true);
+    return !strWhy.empty() ? strWhy : WhyNot("the value", strValue, '#', true);
 }

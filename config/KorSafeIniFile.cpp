@@ -213,16 +213,18 @@ bool CKorSafeIniFile::Apply(int nKind, const char* pszSection, const char* pszOp
 /// Refuses what the format cannot hold, unless the file holds it already.
 bool CKorSafeIniFile::Check(const SKorFileImage& oRead, const SKorIniChange& oChange)
 {
-    const char* const pszWhy = KorIniWhyNotStorable(oChange);
-    if (pszWhy == nullptr)
-        return true;
     const SKorIniName oName{oChange.m_strSection, oChange.m_strOption};
+    std::string strWhy;
+    if (oChange.m_eKind == SKorIniChange::CHANGE_SET)
+        strWhy = KorIniWhyNotStorable(oName, oChange.m_strValue);
+    if (strWhy.empty())
+        return true;
     CKorIniText oLine(oRead.m_strContent);
     if (Find(oLine, CKorIniNameRule(m_bCaseSensitiv), oName) &&
         oLine.Parts().m_strValue == oChange.m_strValue)
         return true;
     m_nLastError = EINVAL;
-    m_vecFindings.push_back(KorIniNotStorable(oName, pszWhy));
+    m_vecFindings.push_back(KorIniNotStorable(oName, strWhy));
     return false;
 }
 

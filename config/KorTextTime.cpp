@@ -149,7 +149,7 @@ std::string KorSimpleText::Of(const CKorTimeDiff& oValue)
 {
     const std::int64_t nTicks = KorToDuration(oValue).count();
     const std::uint64_t nBits = KorTicks::Bits(nTicks);
-    return nTicks < 0 ? "-" + WriteMagnitude(0 - nBits) : WriteMagnitude(nBits);
+    return KorConcat({nTicks < 0 ? "-" : "", WriteMagnitude(nTicks < 0 ? 0 - nBits : nBits)});
 }
 
 std::string KorSimpleText::Of(const CKorUTCTime& oValue)

@@ -113,7 +113,7 @@ bool KorReadSigned(std::string_view strText, long long nMinimum, long long nMaxi
 std::string KorWriteSigned(long long nValue)
 {
     const auto nBits = static_cast<std::uint64_t>(nValue);
-    return nValue < 0 ? "-" + KorDecimal(0 - nBits) : KorDecimal(nBits);
+    return KorConcat({nValue < 0 ? "-" : "", KorDecimal(nValue < 0 ? 0 - nBits : nBits)});
 }
 
 std::string KorWriteUnsigned(unsigned long long nValue)

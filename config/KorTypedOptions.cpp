@@ -19,11 +19,14 @@ std::string Enclosed(const std::string& strText)
     return bHasQuotes || KorHasWhiteSpace(strText) ? KorConcat({"\"", strText, "\""}) : strText;
 }
 
-std::string Printable(std::string strText)
+/// Reports a refusal, without what does not print. @return false
+bool Report(CKorIniOptionExchange* pExchange, SKorIniFinding::EKind eKind, const SKorIniName& oName,
+            std::string strText)
 {
     std::replace_if(
         strText.begin(), strText.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
-    return strText;
+    KorReportIniFinding(pExchange, KorIniFindingOf(eKind, 0, oName, {strText}));
+    return false;
 }
 
 /// The name with this text, or else the only one that differs in case alone.
@@ -67,10 +70,10 @@ CKorTypedOption::CKorTypedOption(CKorIniOptionExchange* pExchange, const char* p
 bool CKorTypedOption::Store(const std::string& strText)
 {
     const std::string strStored = Enclosed(strText);
-    const char* const pszWhyNot =
-        KorIniWhyNotStorable({SKorIniChange::CHANGE_SET, m_strSection, m_strOption, strStored});
-    if (pszWhyNot != nullptr) {
-        KorReportIniFinding(m_pExchange, KorIniNotStorable({m_strSection, m_strOption}, pszWhyNot));
+    const SKorIniName oName{m_strSection, m_strOption};
+    const std::string strWhyNot = KorIniWhyNotStorable(oName, strStored);
+    if (!strWhyNot.empty()) {
+        KorReportIniFinding(m_pExchange, KorIniNotStorable(oName, strWhyNot));
         return false;
     }
     m_pExchange->SetOptionString(m_strSection.c_str(), m_strOption.c_str(), strStored.c_str());
@@ -79,25 +82,25 @@ bool CKorTypedOption::Store(const std::string& strText)
 
 bool CKorTypedOption::RefuseStored(const SKorRefusal& oRefusal, const std::string& strDefault) const
 {
-    const std::string strUsed = strDefault.empty() ? "the default" : strDefault;
-    KorReportIniFinding(
-        m_pExchange, {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
-                                        : SKorIniFinding::FINDING_BAD_VALUE,
-                      0, m_strSection, m_strOption,
-                      Printable(KorConcat({KorIniLabel({m_strSection, m_strOption}), "=", m_strText,
-                                           " ", oRefusal.m_strWhy, "; ", strUsed, " is used"}))});
-    return false;
+    const SKorIniName oName{m_strSection, m_strOption};
+    const std::string_view strUsed =
+        strDefault.empty() ? std::string_view("the default") : strDefault;
+    return Report(m_pExchange,
+                  oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
+                                    : SKorIniFinding::FINDING_BAD_VALUE,
+                  oName,
+                  KorConcat({KorIniLabel(oName), "=", m_strText, " ", oRefusal.m_strWhy, "; ",
+                             strUsed, " is used"}));
 }
 
 bool CKorTypedOption::RefuseNew(const SKorRefusal& oRefusal) const
 {
-    KorReportIniFinding(m_pExchange,
-                        {oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
-                                           : SKorIniFinding::FINDING_NOT_STORABLE,
-                         0, m_strSection, m_strOption,
-                         Printable(KorConcat({KorIniLabel({m_strSection, m_strOption}),
-                                              " is not stored: the value ", oRefusal.m_strWhy}))});
-    return false;
+    const SKorIniName oName{m_strSection, m_strOption};
+    return Report(m_pExchange,
+                  oRefusal.m_bRange ? SKorIniFinding::FINDING_OUT_OF_RANGE
+                                    : SKorIniFinding::FINDING_NOT_STORABLE,
+                  oName,
+                  KorConcat({KorIniLabel(oName), " is not stored: the value ", oRefusal.m_strWhy}));
 }
 
 bool KorExchangeName(CKorIniOptionExchange* pExchange, const char* pszSection,
