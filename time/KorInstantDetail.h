@@ -66,32 +66,15 @@ struct SClock
 };
 
 /// What a clock shows that is some minutes ahead of UTC.
-inline SClock ClockAt(std::int64_t nTicks, int nOffsetMinutes)
-{
-    const std::int64_t nSeconds = KorCalendar::FloorQuotient(nTicks, PER_SECOND);
-    const std::int64_t nReading = nSeconds + std::int64_t{nOffsetMinutes} * 60;
-    const std::int64_t nDay = KorCalendar::FloorQuotient(nReading, SECONDS_PER_DAY);
-    return {nDay, static_cast<std::int32_t>(nReading - nDay * SECONDS_PER_DAY),
-            static_cast<std::int32_t>(KorCalendar::FloorRest(nTicks, PER_SECOND))};
-}
+SClock ClockAt(std::int64_t nTicks, int nOffsetMinutes);
 
 /// The ticks of a Unix second that a text gave, of its fraction, and when the text said second 60 of
 /// one second more, which must be the first one of a day of UTC.
 /// @return false when there is no such count of ticks, or no such leap second
-inline bool FromText(std::int64_t nUnixSecond, bool bLeapSecond, std::int32_t nTick,
-                     std::int64_t& rnTicks)
-{
-    if (bLeapSecond && KorCalendar::FloorRest(++nUnixSecond, SECONDS_PER_DAY) != 0)
-        return false;
-    return Combine(nUnixSecond + UNIX_EPOCH, nTick, rnTicks);
-}
+bool FromText(std::int64_t nUnixSecond, bool bLeapSecond, std::int32_t nTick,
+              std::int64_t& rnTicks);
 
 /// Hands out what a text gave.
-inline void Store(std::int64_t nTicks, int nOffset, CKorUTCTime& rTime, int* pnOffsetMinutes)
-{
-    rTime = FromTicks(nTicks);
-    if (pnOffsetMinutes != nullptr)
-        *pnOffsetMinutes = nOffset;
-}
+void Store(std::int64_t nTicks, int nOffset, CKorUTCTime& rTime, int* pnOffsetMinutes);
 
 } // namespace KorInstant

@@ -10,6 +10,46 @@
 using KorDigits::CCursor;
 using KorInstant::SECONDS_PER_DAY;
 
+KorInstant::SClock KorInstant::ClockAt(std::int64_t nTicks, int nOffsetMinutes)
+{
+    const std::int64_t nSeconds = KorCalendar::FloorQuotient(nTicks, PER_SECOND);
+    const std::int64_t nReading = nSeconds + std::int64_t{nOffsetMinutes} * 60;
+    const std::int64_t nDay = KorCalendar::FloorQuotient(nReading, SECONDS_PER_DAY);
+    return {nDay, static_cast<std::int32_t>(nReading - nDay * SECONDS_PER_DAY),
+            static_cast<std::int32_t>(KorCalendar::FloorRest(nTicks, PER_SECOND))};
+}
+
+bool KorInstant::FromText(std::int64_t nUnixSecond, bool bLeapSecond, std::int32_t nTick,
+                          std::int64_t& rnTicks)
+{
+    if (bLeapSecond && KorCalendar::FloorRest(++nUnixSecond, SECONDS_PER_DAY) != 0)
+        return false;
+    return Combine(nUnixSecond + UNIX_EPOCH, nTick, rnTicks);
+}
+
+void KorInstant::Store(std::int64_t nTicks, int nOffset, CKorUTCTime& rTime, int* pnOffsetMinutes)
+{
+    rTime = FromTicks(nTicks);
+    if (pnOffsetMinutes != nullptr)
+        *pnOffsetMinutes = nOffset;
+}
+
+bool KorTakeFraction(KorDigits::CCursor& oText, std::int32_t& nTicks)
+{
+    constexpr unsigned MAX_DIGITS = 9;
+    constexpr std::uint32_t SCALES[MAX_DIGITS] = {100000000, 10000000, 1000000, 100000, 10000,
+                                                  1000,      100,      10,      1};
+    nTicks = 0;
+    if (!oText.Take('.') && !oText.Take(','))
+        return true;
+    std::uint32_t nNumber = 0;
+    const unsigned nDigits = oText.TakeDigits(MAX_DIGITS, nNumber);
+    if (nDigits == 0)
+        return false;
+    nTicks = static_cast<std::int32_t>(nNumber * SCALES[nDigits - 1] / 10); // nanoseconds
+    return true;
+}
+
 namespace
 {
 

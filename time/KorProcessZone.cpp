@@ -1,6 +1,7 @@
 // Before all headers: on boards with 32-bit time_t, files may be younger than 2038 then.
 #define _TIME_BITS 64 // NOLINT(bugprone-reserved-identifier): the C library's own switch
 
+#include "time/KorSystemClockDetail.h"
 #include "time/KorZoneSourceDetail.h"
 
 #include <atomic>
@@ -59,7 +60,7 @@ SFileStamp StampOf(const std::string& strPath)
 bool IsFresh(const SFileStamp& oStamp)
 {
     constexpr std::int64_t SECONDS = 2;
-    const std::int64_t nAge = std::int64_t{time(nullptr)} - oStamp.oChanged.tv_sec;
+    const std::int64_t nAge = KorReadSystemClock().nSeconds - oStamp.oChanged.tv_sec;
     return nAge >= -SECONDS && nAge <= SECONDS;
 }
 

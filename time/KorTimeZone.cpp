@@ -28,7 +28,7 @@ const SKorZoneType& TypeAt(const KorZonePointer& pData, const CKorUTCTime& oTime
 {
     // Never destroyed: other objects' destructors may still ask.
     static const SKorZoneType& roUtc = *new SKorZoneType{0, false, "UTC"};
-    return pData != nullptr ? pData->TypeAt(KorInstant::UnixSecondsOf(oTime)) : roUtc;
+    return pData != nullptr ? pData->TypeAt(KorToUnixTime(oTime)) : roUtc;
 }
 
 } // namespace
@@ -85,7 +85,7 @@ CKorUTCTime CKorTimeZone::ToUtc(int nYear, int nMonth, int nDay, int nHour, int 
 
 int KorGetUtcOffset(const CKorUTCTime& oTime)
 {
-    const std::int64_t nSeconds = KorInstant::UnixSecondsOf(oTime);
+    const std::int64_t nSeconds = KorToUnixTime(oTime);
     KorZonePointer pData;
     if (KorProcessZone(pData) == ZONE_FOUND)
         return pData->TypeAt(nSeconds).nOffset;
