@@ -1,10 +1,10 @@
 #include "app/KorDaemonApplication.h"
 
 #include "app/KorServiceNotify.h"
+#include "fs/KorDescriptorDetail.h"
 #include "fs/KorPathFunc.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <string>
@@ -106,8 +106,8 @@ CKorOptionParser::EResult CKorDaemonApplication::TakeOptions(int argc, char** ar
         return CKorOptionParser::PARSE_OK;
     const CKorOptionParser::EResult eResult = oParser.Parse(argc, argv);
     if (eResult != CKorOptionParser::PARSE_OK)
-        std::fputs(oParser.GetText().c_str(),
-                   eResult == CKorOptionParser::PARSE_DONE ? stdout : stderr);
+        KorWriteAll(eResult == CKorOptionParser::PARSE_DONE ? STDOUT_FILENO : STDERR_FILENO,
+                    oParser.GetText());
     return eResult;
 }
 

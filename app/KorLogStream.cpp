@@ -3,7 +3,7 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -29,7 +29,7 @@ bool IsJournal(int nHandle)
     std::snprintf(szTarget, sizeof szTarget, "%llu:%llu",
                   static_cast<unsigned long long>(oTarget.st_dev),
                   static_cast<unsigned long long>(oTarget.st_ino));
-    return std::strcmp(szTarget, pszJournal) == 0;
+    return std::string_view(szTarget) == pszJournal;
 }
 
 class CStandardError : public CKorLogStream

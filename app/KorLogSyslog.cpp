@@ -14,9 +14,10 @@ namespace
 /// A socket that is connected to the system's log and never waits; none with errno.
 CKorDescriptor ConnectToSyslog()
 {
+    constexpr char PATH[] = "/dev/log";
     sockaddr_un oAddress = {};
     oAddress.sun_family = AF_UNIX;
-    std::strcpy(oAddress.sun_path, "/dev/log");
+    std::memcpy(oAddress.sun_path, PATH, sizeof PATH);
     CKorDescriptor oSocket(
         KorMoveAboveStandard(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)));
     const bool bConnected =

@@ -257,7 +257,7 @@ bool CKorOptionParser::GiveValue(SEntry& roEntry, const std::string& strShown,
     if (roEntry.oTarget.pfnRead(strText, roEntry.oTarget.pValue, roEntry.nGiven++ == 0))
         return true;
     return Refuse(IsArgument(roEntry) ? "argument" : "option", strShown,
-                  " cannot be " + Quoted(strText));
+                  KorConcat({" cannot be ", Quoted(strText)}));
 }
 
 /// Answers help and version. @return false: there is nothing more to do

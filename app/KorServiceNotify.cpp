@@ -44,7 +44,8 @@ socklen_t ManagerAddress(sockaddr_un& oAddress)
 bool ReadNumber(const char* pszText, unsigned long long& rnNumber)
 {
     constexpr std::uint64_t GREATEST = ~std::uint64_t{0};
-    return *pszText != '\0' && pszText[std::strspn(pszText, "0123456789")] == '\0' &&
+    return *pszText != '\0' &&
+           std::string_view(pszText).find_first_not_of("0123456789") == std::string_view::npos &&
            KorReadUnsigned(pszText, GREATEST, rnNumber);
 }
 

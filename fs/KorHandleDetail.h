@@ -52,12 +52,4 @@ private:
 };
 
 /// Opens a pipe whose ends are closed when a program is executed.
-inline bool KorOpenPipe(CKorHandle& oReader, CKorHandle& oWriter)
-{
-    int ahEnds[2];
-    if (pipe2(ahEnds, O_CLOEXEC) != 0)
-        return false;
-    oReader = CKorHandle(ahEnds[0]);
-    oWriter = CKorHandle(ahEnds[1]);
-    return oReader.IsOpen() && oWriter.IsOpen();
-}
+bool KorOpenPipe(CKorHandle& oReader, CKorHandle& oWriter);

@@ -79,6 +79,16 @@ bool SetUpStream(int nStream, int nHandle)
 
 } // namespace
 
+bool KorOpenPipe(CKorHandle& oReader, CKorHandle& oWriter)
+{
+    int ahEnds[2];
+    if (pipe2(ahEnds, O_CLOEXEC) != 0)
+        return false;
+    oReader = CKorHandle(ahEnds[0]);
+    oWriter = CKorHandle(ahEnds[1]);
+    return oReader.IsOpen() && oWriter.IsOpen();
+}
+
 pid_t CKorSpawn::Run()
 {
     CKorHandle oReader;

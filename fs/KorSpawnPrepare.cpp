@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
@@ -53,9 +54,8 @@ std::string AbsoluteFolder(const std::string& strFolder)
 {
     if (!strFolder.empty() && strFolder.front() == '/')
         return strFolder;
-    char* const pszCurrent = getcwd(nullptr, 0); // allocates; not in POSIX, but everywhere on Linux
-    std::string strAbsolute = pszCurrent != nullptr ? pszCurrent : ".";
-    std::free(pszCurrent);
+    char szCurrent[PATH_MAX];
+    std::string strAbsolute = getcwd(szCurrent, sizeof szCurrent) != nullptr ? szCurrent : ".";
     if (!strFolder.empty())
         strAbsolute.append("/").append(strFolder);
     return strAbsolute;
