@@ -1,6 +1,7 @@
 #include "config/KorCmdLine.h"
 
 #include "config/KorCmdLineExchange.h"
+#include "text/KorStringDetail.h"
 
 #include <stdexcept>
 
@@ -19,7 +20,7 @@ void CKorCmdLine::Initialize(int argc, char** argv)
     for (int i = 0; argv != nullptr && i < argc; ++i) {
         if (argv[i] == nullptr)
             throw std::logic_error("basic_string::_S_construct NULL not valid");
-        m_vecArgs.push_back(argv[i]);
+        KorAdd(m_vecArgs, argv[i]);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "config/KorCmdLineExchange.h"
 
 #include "config/KorCmdLine.h"
+#include "text/KorStringDetail.h"
 
 CKorCmdLineExchange::CKorCmdLineExchange(CKorCmdLine* pCmdLine)
     : m_pCmdLine(pCmdLine), m_bInitialized(false)
@@ -25,7 +26,7 @@ void CKorCmdLineExchange::CopyCmdLineArgs()
     if (m_pCmdLine == nullptr)
         return;
     for (const std::string& strArgument : m_pCmdLine->m_vecArgs)
-        m_vecArgs.push_back(std::string(strArgument));
+        KorAdd(m_vecArgs, strArgument);
 }
 
 bool CKorCmdLineExchange::IsInitialized() const

@@ -5,6 +5,7 @@
 #include "config/KorIniGrammarDetail.h"
 #include "config/KorIniIndexDetail.h"
 #include "config/KorIniNamesDetail.h"
+#include "text/KorStringDetail.h"
 
 #include <memory>
 #include <string>
@@ -245,7 +246,7 @@ std::vector<std::string> CKorIniDocument<TLine>::Sections()
     std::vector<std::string_view> vecNames;
     for (const TLine* pLine : Settled()) {
         if (!pLine->m_strSection.empty())
-            vecNames.push_back(pLine->m_strSection);
+            KorAdd(vecNames, pLine->m_strSection);
     }
     return KorIniSortedOnce(vecNames, m_oRule);
 }
@@ -256,7 +257,7 @@ std::vector<std::string> CKorIniDocument<TLine>::Options(std::string_view strSec
     std::vector<std::string_view> vecNames;
     for (const TLine* pLine : Settled()) {
         if (!pLine->m_strOption.empty() && m_oRule.Equal(pLine->m_strSection, strSection))
-            vecNames.push_back(pLine->m_strOption);
+            KorAdd(vecNames, pLine->m_strOption);
     }
     return KorIniSortedOnce(vecNames, m_oRule);
 }

@@ -110,8 +110,8 @@ void CChecker::Report(SKorIniFinding::EKind eKind, const CKorIniText& oLine,
 {
     const bool bOption = oLine.Is(EKorIniLine::OPTION);
     const std::string_view strOption = bOption ? oLine.Parts().m_strName : std::string_view();
-    m_rvecFindings.push_back(
-        KorIniFindingOf(eKind, oLine.Number(), {oLine.Section(), strOption}, lstText));
+    KorIniAdd(m_rvecFindings,
+              KorIniFindingOf(eKind, oLine.Number(), {oLine.Section(), strOption}, lstText));
 }
 
 } // namespace
@@ -123,7 +123,7 @@ bool KorCheckIniFile(const char* pszName, bool bCaseSensitiv,
     SKorFileImage oImage;
     if (!oImage.Read(pszName != nullptr ? pszName : "")) {
         const int nError = errno;
-        rvecFindings.push_back(KorIniFailure("read", nError));
+        KorIniAdd(rvecFindings, KorIniFailure("read", nError));
         errno = nError;
         return false;
     }

@@ -1,6 +1,7 @@
 #include "config/KorIniNamesDetail.h"
 
 #include "config/KorIniNameListDetail.h"
+#include "text/KorStringDetail.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -109,7 +110,7 @@ std::vector<std::string> KorIniSortedOnce(const std::vector<std::string_view>& v
         oSeen.Add({strName, {}});
     std::vector<std::string_view> vecOnce;
     for (size_t i = 0; i < oSeen.Size(); ++i)
-        vecOnce.push_back(oSeen.Section(i));
+        KorAdd(vecOnce, oSeen.Section(i));
     // The template of the C++ library is half a KiB for this one use.
     if (!vecOnce.empty())
         std::qsort(vecOnce.data(), vecOnce.size(), sizeof(std::string_view), &CompareNames);

@@ -28,6 +28,11 @@ SKorIniFinding KorIniFindingOf(SKorIniFinding::EKind eKind, unsigned int nLine,
             KorConcat(lstText)};
 }
 
+void KorIniAdd(std::vector<SKorIniFinding>& rvecFindings, SKorIniFinding oFinding)
+{
+    rvecFindings.push_back(std::move(oFinding));
+}
+
 SKorIniFinding KorIniNotStorable(const SKorIniName& oName, std::string_view strWhy)
 {
     return KorIniFindingOf(SKorIniFinding::FINDING_NOT_STORABLE, 0, oName,
@@ -73,8 +78,8 @@ void KorIniAddUnknown(std::string_view strText, CKorIniNameRule oRule,
             oSeen.Find(oName) != CKorIniNameList::NONE)
             continue;
         oSeen.Add(oName);
-        rvecFindings.push_back(
-            KorIniFindingOf(SKorIniFinding::FINDING_UNKNOWN_OPTION, oLine.Number(), oName,
-                            {KorIniLabel(oName), " is no option of this program"}));
+        KorIniAdd(rvecFindings,
+                  KorIniFindingOf(SKorIniFinding::FINDING_UNKNOWN_OPTION, oLine.Number(), oName,
+                                  {KorIniLabel(oName), " is no option of this program"}));
     }
 }

@@ -16,6 +16,8 @@ SKorIniFinding KorIniFindingOf(SKorIniFinding::EKind eKind, unsigned int nLine,
                                const SKorIniName& oName,
                                std::initializer_list<std::string_view> lstText);
 
+void KorIniAdd(std::vector<SKorIniFinding>& rvecFindings, SKorIniFinding oFinding);
+
 /// The refusal of an option that the format cannot hold.
 SKorIniFinding KorIniNotStorable(const SKorIniName& oName, std::string_view strWhy);
 

@@ -1,5 +1,6 @@
 #include "config/KorIniWatchDetail.h"
 
+#include "config/KorIniReportDetail.h"
 #include "config/KorOptionExchangeDetail.h"
 
 #include <algorithm>
@@ -20,6 +21,11 @@ void CKorIniWatch::Note(EUse eUse, const SKorIniName& oName)
     const size_t nName = m_oNames.Add(oName);
     m_vecUses.resize(m_oNames.Size());
     m_vecUses[nName] |= eUse;
+}
+
+void CKorIniWatch::Note(const SKorIniFinding& oFinding)
+{
+    KorIniAdd(m_vecFindings, oFinding);
 }
 
 CKorIniTextLines CKorIniWatch::Lines()

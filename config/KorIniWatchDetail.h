@@ -36,7 +36,7 @@ public:
     static CKorIniWatch* Of(const CKorIniOptionExchange& oExchange);
 
     void Note(EUse eUse, const SKorIniName& oName);
-    void Note(const SKorIniFinding& oFinding) { m_vecFindings.push_back(SKorIniFinding(oFinding)); }
+    void Note(const SKorIniFinding& oFinding);
 
     /// The lines, for an exchange that reads them: what was set and removed before is void.
     CKorIniTextLines Lines();

@@ -162,7 +162,7 @@ void CKorSafeIniFile::List(bool bSections, const char* pszSection,
                                        : oLine.Is(EKorIniLine::OPTION) &&
                                              oRule.Equal(oLine.Section(), KorText(pszSection));
         if (bListed)
-            vecNames.push_back(std::string_view(oLine.Parts().m_strName));
+            KorAdd(vecNames, oLine.Parts().m_strName);
     }
     rvecNames = KorIniSortedOnce(vecNames, oRule);
 }
@@ -182,7 +182,7 @@ void CKorSafeIniFile::Begin()
 bool CKorSafeIniFile::Fail(const char* pszDoing, int nError)
 {
     m_nLastError = nError;
-    m_vecFindings.push_back(KorIniFailure(pszDoing, nError));
+    KorIniAdd(m_vecFindings, KorIniFailure(pszDoing, nError));
     return false;
 }
 
@@ -224,7 +224,7 @@ bool CKorSafeIniFile::Check(const SKorFileImage& oRead, const SKorIniChange& oCh
         oLine.Parts().m_strValue == oChange.m_strValue)
         return true;
     m_nLastError = EINVAL;
-    m_vecFindings.push_back(KorIniNotStorable(oName, strWhy));
+    KorIniAdd(m_vecFindings, KorIniNotStorable(oName, strWhy));
     return false;
 }
 

@@ -163,8 +163,8 @@ std::vector<std::string_view> KorSplitList(std::string_view strText)
         return vecItems;
     for (size_t nBegin = 0; nBegin <= strText.size();) {
         const size_t nEnd = std::min(strText.find(',', nBegin), strText.size());
-        vecItems.push_back(
-            Trimmed(strText.substr(nBegin, nEnd - nBegin), nBegin > 0, nEnd < strText.size()));
+        KorAdd(vecItems,
+               Trimmed(strText.substr(nBegin, nEnd - nBegin), nBegin > 0, nEnd < strText.size()));
         nBegin = nEnd + 1;
     }
     return vecItems;

@@ -1,5 +1,7 @@
 #include "fs/KorFileAttributesDetail.h"
 
+#include "text/KorStringDetail.h"
+
 #include <cerrno>
 #include <string>
 #include <sys/stat.h>
@@ -25,7 +27,7 @@ bool ListAttributes(int hFile, Names& rvecNames)
     if (nSize != 0 && flistxattr(hFile, strNames.data(), strNames.size()) != nSize)
         return false;
     for (size_t nName = 0; nName < strNames.size(); nName += rvecNames.back().size() + 1)
-        rvecNames.push_back(&strNames[nName]);
+        KorAdd(rvecNames, &strNames[nName]);
     return true;
 }
 

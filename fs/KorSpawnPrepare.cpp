@@ -1,5 +1,6 @@
 #include "fs/KorChild.h"
 #include "fs/KorSpawnDetail.h"
+#include "text/KorStringDetail.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -113,14 +114,14 @@ bool CKorSpawn::PrepareEnvironment(const SKorChildOptions& oOptions)
 void CKorSpawn::PreparePrograms(const std::string& strProgram)
 {
     if (strProgram.empty() || strProgram.find('/') != std::string::npos) {
-        m_vecPrograms.push_back(std::string(strProgram));
+        KorAdd(m_vecPrograms, strProgram);
         return;
     }
     const char* const pszPath = std::getenv("PATH");
     const std::string strPath = pszPath != nullptr ? pszPath : DEFAULT_PATH;
     for (size_t nBegin = 0; nBegin <= strPath.size();) {
         const size_t nEnd = std::min(strPath.find(':', nBegin), strPath.size());
-        m_vecPrograms.push_back(AbsoluteFolder(strPath.substr(nBegin, nEnd - nBegin)));
+        KorAdd(m_vecPrograms, AbsoluteFolder(strPath.substr(nBegin, nEnd - nBegin)));
         m_vecPrograms.back().append("/").append(strProgram);
         nBegin = nEnd + 1;
     }

@@ -8,6 +8,16 @@ std::string KorConcat(std::initializer_list<std::string_view> lstParts)
     return strWhole;
 }
 
+void KorAdd(std::vector<std::string>& rvecTexts, std::string_view strText)
+{
+    rvecTexts.push_back(std::string(strText));
+}
+
+void KorAdd(std::vector<std::string_view>& rvecTexts, std::string_view strText)
+{
+    rvecTexts.push_back(strText);
+}
+
 bool KorHasWhiteSpace(std::string_view strText)
 {
     for (const char c : strText) {

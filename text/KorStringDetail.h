@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// The text, empty for a null pointer.
 inline std::string_view KorText(const char* pszText)
@@ -15,6 +16,10 @@ inline std::string_view KorText(const char* pszText)
 
 /// The parts one behind the other. A chain of "+" would take three times the code.
 std::string KorConcat(std::initializer_list<std::string_view> lstParts);
+
+/// Adds a text behind the others: one copy of what the template makes at each place.
+void KorAdd(std::vector<std::string>& rvecTexts, std::string_view strText);
+void KorAdd(std::vector<std::string_view>& rvecTexts, std::string_view strText);
 
 /// Writes the digits of a number in front of @p pLast; of 0, none.
 /// @return the first of them

@@ -39,10 +39,10 @@ std::vector<std::string> KorGetParameterList(const char* pszText, char cSeparato
     if (pszText == nullptr)
         return vecItems;
 
-    vecItems.push_back({});
+    KorAdd(vecItems, {});
     for (; *pszText != '\0'; ++pszText) {
         if (*pszText == cSeparator)
-            vecItems.push_back({});
+            KorAdd(vecItems, {});
         else
             vecItems.back() += *pszText;
     }

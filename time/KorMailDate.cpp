@@ -49,11 +49,18 @@ char* PutDate(char* pEnd, std::int64_t nDay)
     return pEnd;
 }
 
+/// A name as it is compared: a capital letter and small ones, of which only the first are kept.
+struct SName
+{
+    std::size_t nLength;
+    char acText[NAME_LENGTH];
+};
+
 /// The number of a name among names of three letters, counted from 1; 0 when it is none of them.
-int NumberOf(const std::string& strName, const char* pszNames)
+int NumberOf(const SName& oName, const char* pszNames)
 {
     for (int n = 1; *pszNames != '\0'; ++n, pszNames += NAME_LENGTH) {
-        if (strName == std::string_view(pszNames, NAME_LENGTH))
+        if (oName.nLength == NAME_LENGTH && memcmp(oName.acText, pszNames, NAME_LENGTH) == 0)
             return n;
     }
     return 0;
@@ -100,16 +107,19 @@ bool TakeGap(CCursor& oText)
     return true;
 }
 
-/// Takes letters, which then are a capital one and small ones.
-std::string TakeName(CCursor& oText)
+/// Takes letters.
+SName TakeName(CCursor& oText)
 {
     constexpr int CASE_BIT = 0x20;
-    std::string strName;
+    SName oName = {};
     for (int c = oText.Peek(); IsLetter(c); c = oText.Peek()) {
-        strName += static_cast<char>(strName.empty() ? c & ~CASE_BIT : c | CASE_BIT);
+        if (oName.nLength < NAME_LENGTH)
+            oName.acText[oName.nLength] =
+                static_cast<char>(oName.nLength == 0 ? c & ~CASE_BIT : c | CASE_BIT);
+        ++oName.nLength;
         oText.Skip();
     }
-    return strName;
+    return oName;
 }
 
 /// Reads one date. Each operation takes its part from the text, with the gap in front of it, and
@@ -208,10 +218,10 @@ bool CMailReader::TakeZone()
         return false;
     if (!IsLetter(m_oText.Peek()))
         return TakeNumericZone();
-    const std::string strName = TakeName(m_oText);
-    const int nZone = NumberOf(strName, ZONES);
+    const SName oName = TakeName(m_oText);
+    const int nZone = NumberOf(oName, ZONES);
     m_nOffset = nZone == 0 ? 0 : -60 * (4 + nZone / 2);
-    return strName != std::string_view("J"); // no zone, but the observer's own time
+    return oName.nLength != 1 || oName.acText[0] != 'J'; // no zone, but the observer's own time
 }
 
 bool CMailReader::TakeNumericZone()

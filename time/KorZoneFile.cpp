@@ -133,14 +133,15 @@ bool CZoneFile::TakeBlock(unsigned nTimeSize)
 bool CZoneFile::ReadChanges(const char* pTimes, unsigned nTimeSize)
 {
     const char* const pIndices = pTimes + std::size_t{m_oHeader.nChanges} * nTimeSize;
-    m_vecTypeOfPeriod.push_back(0); // before the first change
+    m_vecChanges = std::vector<std::int64_t>(m_oHeader.nChanges);
+    m_vecTypeOfPeriod = std::vector<std::uint16_t>(m_oHeader.nChanges + 1); // 0 before the first
     for (std::uint32_t i = 0; i < m_oHeader.nChanges; ++i) {
         const std::int64_t nTime = Number(pTimes + std::size_t{i} * nTimeSize, nTimeSize);
         const auto nType = static_cast<unsigned char>(pIndices[i]);
-        if (nType >= m_oHeader.nTypes || (i > 0 && nTime <= m_vecChanges.back()))
+        if (nType >= m_oHeader.nTypes || (i > 0 && nTime <= m_vecChanges[i - 1]))
             return false;
-        m_vecChanges.push_back(nTime);
-        m_vecTypeOfPeriod.push_back(nType);
+        m_vecChanges[i] = nTime;
+        m_vecTypeOfPeriod[i + 1] = nType;
     }
     return true;
 }
@@ -150,13 +151,14 @@ bool CZoneFile::ReadTypes(const char* pTypes, const char* pChars)
     // Every abbreviation ends with a NUL then.
     if (pChars[m_oHeader.nChars - 1] != '\0')
         return false;
+    m_vecTypes = std::vector<SKorZoneType>(m_oHeader.nTypes);
     for (std::uint32_t i = 0; i < m_oHeader.nTypes; ++i, pTypes += TYPE_SIZE) {
         const auto nOffset = static_cast<std::int32_t>(Number(pTypes, 4));
         const char cSummerTime = pTypes[4];
         const auto nAbbreviation = static_cast<unsigned char>(pTypes[5]);
         if (nOffset == INT32_MIN || (cSummerTime & ~1) != 0 || nAbbreviation >= m_oHeader.nChars)
             return false;
-        m_vecTypes.push_back({nOffset, cSummerTime != 0, pChars + nAbbreviation});
+        m_vecTypes[i] = {nOffset, cSummerTime != 0, pChars + nAbbreviation};
     }
     return true;
 }
