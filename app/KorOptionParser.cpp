@@ -138,9 +138,12 @@ void CKorOptionParser::Add(EKind eKind, const char* pszNames, const char* pszMet
     auto itPlace = m_lstEntries.end();
     if (eKind < KIND_HELP)
         std::advance(itPlace, -2);
-    m_lstEntries.insert(itPlace,
-                        {eKind, KorGetParameterList(pszNames, ','), std::string(KorText(pszMeta)),
-                         std::string(KorText(pszHelp)), oTarget, 0});
+    SEntry& roEntry = *m_lstEntries.emplace(itPlace);
+    roEntry.eKind = eKind;
+    roEntry.vecNames = KorGetParameterList(pszNames, ',');
+    roEntry.strMeta = KorText(pszMeta);
+    roEntry.strHelp = KorText(pszHelp);
+    roEntry.oTarget = oTarget;
 }
 
 bool CKorOptionParser::IsArgument(const SEntry& oEntry)

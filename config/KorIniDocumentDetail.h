@@ -7,6 +7,7 @@
 #include "config/KorIniNamesDetail.h"
 #include "text/KorStringDetail.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -267,19 +268,20 @@ const typename CKorIniDocument<TLine>::Lines& CKorIniDocument<TLine>::Settled()
 {
     if (m_vecWaiting.empty())
         return m_apLines;
-    Lines apSettled;
-    apSettled.reserve(m_apLines.size() + m_vecWaiting.size());
+    Lines apSettled(m_apLines.size() + m_vecWaiting.size());
+    auto itTo = apSettled.begin();
     auto itFrom = m_apLines.cbegin();
     for (auto& oSection : m_oIndex.Sections()) {
-        const auto nBehind = static_cast<std::ptrdiff_t>(oSection.m_nFirst) + 1;
-        apSettled.insert(apSettled.end(), itFrom, m_apLines.cbegin() + nBehind);
-        itFrom = m_apLines.cbegin() + nBehind;
-        oSection.m_nFirst = apSettled.size() - 1;
+        const auto itBehind =
+            m_apLines.cbegin() + static_cast<std::ptrdiff_t>(oSection.m_nFirst) + 1;
+        itTo = std::copy(itFrom, itBehind, itTo);
+        itFrom = itBehind;
+        oSection.m_nFirst = static_cast<size_t>(itTo - apSettled.begin()) - 1;
         for (size_t n = oSection.m_nNewest; n != 0; n = m_vecWaiting[n - 1].m_nOlder)
-            apSettled.push_back(m_vecWaiting[n - 1].m_pLine.release());
+            *itTo++ = m_vecWaiting[n - 1].m_pLine.release();
         oSection.m_nNewest = 0;
     }
-    apSettled.insert(apSettled.end(), itFrom, m_apLines.cend());
+    std::copy(itFrom, m_apLines.cend(), itTo);
     m_apLines.swap(apSettled);
     m_vecWaiting.clear();
     return m_apLines;

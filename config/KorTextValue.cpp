@@ -1,5 +1,6 @@
 #include "config/KorTextValue.h"
 
+#include "config/KorIniNamesDetail.h"
 #include "text/KorStringDetail.h"
 
 #include <algorithm>
@@ -33,18 +34,6 @@ bool ReadDigits(std::string_view strText, unsigned int nBase, unsigned long long
     if (!strText.empty())
         rnValue = nValue;
     return !strText.empty();
-}
-
-bool EqualsAnyCase(std::string_view strText, std::string_view strLower)
-{
-    if (strText.size() != strLower.size())
-        return false;
-    for (size_t i = 0; i < strText.size(); ++i) {
-        const char c = strText[i];
-        if ((c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c) != strLower[i])
-            return false;
-    }
-    return true;
 }
 
 template <typename T>
@@ -124,11 +113,11 @@ std::string KorWriteUnsigned(unsigned long long nValue)
 bool KorReadText(std::string_view strText, bool& rbValue)
 {
     for (const char* pszTrue : {"true", "yes", "on", "1"}) {
-        if (EqualsAnyCase(strText, pszTrue))
+        if (CKorIniNameRule(false).Equal(strText, pszTrue))
             return rbValue = true;
     }
     for (const char* pszFalse : {"false", "no", "off", "0"}) {
-        if (EqualsAnyCase(strText, pszFalse)) {
+        if (CKorIniNameRule(false).Equal(strText, pszFalse)) {
             rbValue = false;
             return true;
         }
