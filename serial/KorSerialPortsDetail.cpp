@@ -54,9 +54,10 @@ std::string_view LastPart(std::string_view strName)
     return strName.substr(strName.rfind('/') + 1);
 }
 
-std::string Parent(const std::string& strName)
+/// Leaves the name of the folder.
+void GoUp(std::string& rstrName)
 {
-    return strName.substr(0, std::min(strName.rfind('/'), strName.size()));
+    rstrName.resize(std::min(rstrName.rfind('/'), rstrName.size()));
 }
 
 /// The first line of a file in a folder; empty when it cannot be read.
@@ -68,15 +69,15 @@ std::string LineOf(const std::string& strFolder, std::string_view strName)
     char acText[256];
     const ssize_t nRead = read(hFile, acText, sizeof acText);
     close(hFile);
-    const std::string strText(acText, nRead > 0 ? static_cast<std::size_t>(nRead) : 0);
-    return strText.substr(0, strText.find('\n'));
+    const std::string_view strText(acText, nRead > 0 ? static_cast<std::size_t>(nRead) : 0);
+    return std::string(strText.substr(0, strText.find('\n')));
 }
 
 /// The device itself: newer kernels show UARTs below two devices of their serial core.
 std::string SkipSerialCore(std::string strDevice)
 {
     while (LastPart(RealName(strDevice, "/subsystem")) == "serial-base")
-        strDevice = Parent(strDevice);
+        GoUp(strDevice);
     return strDevice;
 }
 
@@ -85,7 +86,7 @@ void DescribeUsb(std::string strDevice, const std::string& strEnd, SKorSerialPor
 {
     while (strDevice.size() > strEnd.size() &&
            access(KorConcat({strDevice, "/idVendor"}).c_str(), F_OK) != 0)
-        strDevice = Parent(strDevice);
+        GoUp(strDevice);
     if (strDevice.size() <= strEnd.size())
         return;
     rPort.m_strVendor = LineOf(strDevice, "/manufacturer");
