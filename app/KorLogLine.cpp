@@ -1,6 +1,6 @@
 #include "app/KorLogLineDetail.h"
 
-#include "time/KorCalendarDetail.h"
+#include "time/KorInstantDetail.h"
 #include "time/KorSystemClockDetail.h"
 #include "time/KorTimeZone.h"
 #include "time/KorUnixTime.h"
@@ -26,13 +26,11 @@ struct SLocalTime
 
 SLocalTime LocalTime()
 {
-    constexpr std::int64_t SECONDS_PER_DAY = 86400;
     const SKorClockReading oClock = KorReadSystemClock();
     const int nOffset = KorGetUtcOffset(KorFromUnixTime(oClock.nSeconds));
-    const std::int64_t nSeconds = oClock.nSeconds + nOffset;
-    const std::int64_t nDay = KorCalendar::FloorQuotient(nSeconds, SECONDS_PER_DAY);
-    return {KorCalendar::DateOfDay(nDay + KorCalendar::DAY_OF_UNIX_EPOCH),
-            static_cast<int>(KorCalendar::FloorRest(nSeconds, SECONDS_PER_DAY)),
+    const KorInstant::SClock oShown =
+        KorInstant::ClockAt((oClock.nSeconds + nOffset) * KorInstant::PER_SECOND, 0);
+    return {KorCalendar::DateOfDay(oShown.nDay + KorCalendar::DAY_OF_UNIX_EPOCH), oShown.nSecond,
             oClock.nMicroSeconds / 1000, nOffset / 60};
 }
 
