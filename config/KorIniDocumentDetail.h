@@ -86,7 +86,7 @@ public:
 private:
     struct SWaiting
     {
-        std::unique_ptr<TLine> m_pLine;
+        TLine* m_pLine;  ///< freed by this object until it is put among the lines
         size_t m_nOlder; ///< 1 + the next one in m_vecWaiting; 0 for none
     };
 
@@ -145,6 +145,8 @@ CKorIniDocument<TLine>::Search(const SKorIniName& oName)
 template <class TLine>
 void CKorIniDocument<TLine>::Clear(CKorIniNameRule oRule)
 {
+    for (const SWaiting& oWaiting : m_vecWaiting)
+        delete oWaiting.m_pLine;
     m_vecWaiting.clear();
     DropIndex();
     while (!m_apLines.empty()) {
@@ -278,7 +280,7 @@ const typename CKorIniDocument<TLine>::Lines& CKorIniDocument<TLine>::Settled()
         itFrom = itBehind;
         oSection.m_nFirst = static_cast<size_t>(itTo - apSettled.begin()) - 1;
         for (size_t n = oSection.m_nNewest; n != 0; n = m_vecWaiting[n - 1].m_nOlder)
-            *itTo++ = m_vecWaiting[n - 1].m_pLine.release();
+            *itTo++ = m_vecWaiting[n - 1].m_pLine;
         oSection.m_nNewest = 0;
     }
     std::copy(itFrom, m_apLines.cend(), itTo);
@@ -326,9 +328,9 @@ void CKorIniDocument<TLine>::InsertBehindFirst(std::unique_ptr<TLine> pLine)
         Append(std::move(pLine));
         return;
     }
-    m_vecWaiting.push_back({std::move(pLine), oSection.m_nNewest});
+    m_vecWaiting.push_back({pLine.get(), oSection.m_nNewest});
     oSection.m_nNewest = m_vecWaiting.size();
-    m_oIndex.AddOption(m_vecWaiting.back().m_pLine.get());
+    m_oIndex.AddOption(pLine.release());
 }
 
 template <class TLine>

@@ -48,17 +48,16 @@ private:
     void AddMissing();
     void AddOption(const SKorIniChange& oChange);
     void Insert(size_t nPlace, const std::string& strLines);
-    void Splice(size_t nBegin, size_t nSize, const std::string& strNew);
-    std::string EndOfLastLine() const;
+    void Splice(size_t nBegin, size_t nSize, std::string_view strNew);
+    std::string_view EndOfLastLine() const;
     void Join(std::string& rstrEdited);
 
     const std::string_view m_strText;
     const std::vector<SKorIniChange>& m_vecChanges;
-    const std::string m_strLineEnd;
-    CKorIniNameList m_oNames;    ///< of the changes, numbered as they are
-    CKorIniNameList m_oSections; ///< theirs
-    std::vector<SSection> m_vecSections;
-    std::vector<bool> m_vecDone; ///< the option has its line
+    const std::string_view m_strLineEnd;
+    CKorIniNameList m_oNames; ///< of the changes, numbered as they are; 1 for one that has its line
+    CKorIniNameList m_oSections;         ///< theirs
+    std::vector<SSection> m_vecSections; ///< no more than there are changes
 
     SSection* m_pSection = nullptr; ///< of the block that the walk is in; null for any other
     bool m_bFirstBlock = true;
@@ -69,7 +68,7 @@ private:
     std::list<SSplice> m_lstSplices;
 };
 
-std::string LineEndOf(std::string_view strText)
+std::string_view LineEndOf(std::string_view strText)
 {
     const size_t nEnd = strText.find('\n');
     const bool bReturn = nEnd != std::string_view::npos && nEnd > 0 && strText[nEnd - 1] == '\r';
@@ -88,12 +87,11 @@ CEditor::CEditor(std::string_view strText, CKorIniNameRule oRule,
       m_strLineEnd(LineEndOf(strText)),
       m_oNames(oRule),
       m_oSections(oRule),
-      m_vecDone(vecChanges.size())
+      m_vecSections(vecChanges.size())
 {
     for (const SKorIniChange& oChange : vecChanges) {
         m_oNames.Add({oChange.m_strSection, oChange.m_strOption});
         const size_t nSection = m_oSections.Add({oChange.m_strSection, {}});
-        m_vecSections.resize(m_oSections.Size());
         m_vecSections[nSection].m_bRemove |=
             oChange.m_eKind == SKorIniChange::CHANGE_REMOVE_SECTION;
     }
@@ -163,9 +161,9 @@ void CEditor::VisitOption(const CKorIniText& oLine)
     const SKorIniChange& oChange = m_vecChanges[nName];
     if (oChange.m_eKind == SKorIniChange::CHANGE_REMOVE)
         Cut(oLine.Begin(), oLine.Behind());
-    else if (!m_vecDone[nName])
+    else if (m_oNames.Note(nName) == 0)
         SetValue(oLine, oChange.m_strValue);
-    m_vecDone[nName] = true;
+    m_oNames.Note(nName) = 1;
 }
 
 void CEditor::SetValue(const CKorIniText& oLine, const std::string& strValue)
@@ -212,7 +210,7 @@ void CEditor::Cut(size_t nBegin, size_t nEnd)
 void CEditor::AddMissing()
 {
     for (size_t i = 0; i < m_vecChanges.size(); ++i) {
-        if (!m_vecDone[i] && m_vecChanges[i].m_eKind == SKorIniChange::CHANGE_SET)
+        if (m_oNames.Note(i) == 0 && m_vecChanges[i].m_eKind == SKorIniChange::CHANGE_SET)
             AddOption(m_vecChanges[i]);
     }
     for (const SSection& oSection : m_vecSections) {
@@ -246,16 +244,16 @@ void CEditor::Insert(size_t nPlace, const std::string& strLines)
 }
 
 /// Keeps the splices in the order of their places, in which most of them come.
-void CEditor::Splice(size_t nBegin, size_t nSize, const std::string& strNew)
+void CEditor::Splice(size_t nBegin, size_t nSize, std::string_view strNew)
 {
     auto itPlace = m_lstSplices.end();
     while (itPlace != m_lstSplices.begin() && std::prev(itPlace)->m_nBegin > nBegin)
         --itPlace;
-    m_lstSplices.insert(itPlace, {nBegin, nSize, strNew});
+    m_lstSplices.insert(itPlace, {nBegin, nSize, std::string(strNew)});
 }
 
 /// A carriage return would become a part of the name of a header without "]".
-std::string CEditor::EndOfLastLine() const
+std::string_view CEditor::EndOfLastLine() const
 {
     const std::string strLine(m_strText.substr(m_strText.rfind('\n') + 1));
     const bool bSame =

@@ -30,8 +30,7 @@ private:
     void Report(SKorIniFinding::EKind eKind, const CKorIniText& oLine,
                 std::initializer_list<std::string_view> lstText);
 
-    CKorIniNameList m_oNames;
-    std::vector<unsigned int> m_vecLines; ///< beside the names
+    CKorIniNameList m_oNames; ///< each with the line where it was first
     std::vector<SKorIniFinding>& m_rvecFindings;
 };
 
@@ -99,10 +98,10 @@ void CChecker::CheckOption(const CKorIniText& oLine)
 /// The first line of a name, this one for a new name.
 unsigned int CChecker::FirstLine(const CKorIniText& oLine, const SKorIniName& oName)
 {
-    const size_t nName = m_oNames.Add(oName);
-    if (nName == m_vecLines.size())
-        m_vecLines.push_back(oLine.Number());
-    return m_vecLines[nName];
+    unsigned int& rnFirst = m_oNames.Note(m_oNames.Add(oName));
+    if (rnFirst == 0)
+        rnFirst = oLine.Number();
+    return rnFirst;
 }
 
 void CChecker::Report(SKorIniFinding::EKind eKind, const CKorIniText& oLine,

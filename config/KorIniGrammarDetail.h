@@ -2,6 +2,8 @@
 
 // The grammar of one line of an INI file. Not installed.
 
+#include "text/KorStringDetail.h"
+
 #include <memory>
 #include <string>
 #include <string_view>
@@ -46,12 +48,15 @@ SKorIniParts KorIniPartsOf(const TLine& oLine)
 template <class TLine>
 std::unique_ptr<TLine> KorIniMakeLine(const SKorIniParts& oParts, std::string_view strSection)
 {
-    const bool bHeader = oParts.m_eKind == EKorIniLine::HEADER;
-    std::unique_ptr<TLine> pLine(new TLine{
-        std::string(strSection), std::string(bHeader ? std::string_view() : oParts.m_strName),
-        std::string(oParts.m_strValue), std::string(oParts.m_strComment), bHeader});
-    if (bHeader)
+    auto pLine = std::make_unique<TLine>();
+    pLine->m_strSection = strSection;
+    pLine->m_strValue = oParts.m_strValue;
+    pLine->m_strComment = oParts.m_strComment;
+    pLine->m_bSection = oParts.m_eKind == EKorIniLine::HEADER;
+    if (pLine->m_bSection)
         pLine->m_strComment += ' ';
+    else
+        pLine->m_strOption = oParts.m_strName;
     return pLine;
 }
 
@@ -59,8 +64,10 @@ std::unique_ptr<TLine> KorIniMakeLine(const SKorIniParts& oParts, std::string_vi
 template <class TLine>
 void KorIniCommentOut(TLine& oLine, std::string_view strSection)
 {
-    TLine oComment;
-    oComment.m_strComment = "## COMMENTED ## " + KorIniRender(KorIniPartsOf(oLine));
-    oComment.m_strSection = strSection;
-    oLine = std::move(oComment);
+    std::string strComment = KorConcat({"## COMMENTED ## ", KorIniRender(KorIniPartsOf(oLine))});
+    oLine.m_strSection = strSection;
+    oLine.m_strComment = std::move(strComment);
+    oLine.m_strOption.clear();
+    oLine.m_strValue.clear();
+    oLine.m_bSection = false;
 }

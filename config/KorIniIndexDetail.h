@@ -50,27 +50,14 @@ public:
     TLine* Find(const SKorIniName& oName);
 
 private:
-    struct SSectionSlot
-    {
-        bool IsFree() const { return m_nSection == 0; }
-        uint32_t m_nHash = 0;
-        uint32_t m_nSection = 0; ///< 1 + its place in m_vecSections
-    };
-    struct SOptionSlot
-    {
-        bool IsFree() const { return m_pLine == nullptr; }
-        uint32_t m_nHash = 0;
-        TLine* m_pLine = nullptr;
-    };
-
     TLine* FindOption(uint32_t nHash, const SKorIniName& oName) const;
 
     CKorIniNameRule m_oRule = CKorIniNameRule(false);
     bool m_bComplete = false;
     std::vector<SSection> m_vecSections;
-    CKorIniTable<SSectionSlot> m_oSections;
-    CKorIniTable<SOptionSlot> m_oOptions;
-    uint32_t m_nLatest = 0; ///< the section found last, as SSectionSlot::m_nSection
+    CKorIniTable m_oSections; ///< of 1 + places in m_vecSections
+    CKorIniTable m_oOptions;  ///< of lines
+    uint32_t m_nLatest = 0;   ///< the section found last, as in m_oSections
 };
 
 template <class TLine>
@@ -113,7 +100,7 @@ void CKorIniIndex<TLine>::AddOption(TLine* pLine)
         const uint32_t nHash =
             m_oRule.Hash(pLine->m_strOption, m_vecSections[m_nLatest - 1].m_nHash);
         if (FindOption(nHash, {pLine->m_strSection, pLine->m_strOption}) == nullptr)
-            m_oOptions.Insert({nHash, pLine});
+            m_oOptions.Insert({nHash, reinterpret_cast<uintptr_t>(pLine)});
     }
     m_bComplete = true;
 }
@@ -122,14 +109,12 @@ template <class TLine>
 typename CKorIniIndex<TLine>::SSection* CKorIniIndex<TLine>::Section(std::string_view strSection)
 {
     if (m_nLatest == 0 || m_vecSections[m_nLatest - 1].m_pFirst->m_strSection != strSection) {
-        const SSectionSlot* const pSlot =
-            m_oSections.Find(m_oRule.Hash(strSection, 0), [&](const SSectionSlot& oSlot) {
-                return m_oRule.Equal(m_vecSections[oSlot.m_nSection - 1].m_pFirst->m_strSection,
-                                     strSection);
-            });
-        if (pSlot == nullptr)
+        const uintptr_t nSection = m_oSections.Find(m_oRule.Hash(strSection, 0), [&](uintptr_t n) {
+            return m_oRule.Equal(m_vecSections[n - 1].m_pFirst->m_strSection, strSection);
+        });
+        if (nSection == 0)
             return nullptr;
-        m_nLatest = pSlot->m_nSection;
+        m_nLatest = static_cast<uint32_t>(nSection);
     }
     return &m_vecSections[m_nLatest - 1];
 }
@@ -147,9 +132,9 @@ TLine* CKorIniIndex<TLine>::Find(const SKorIniName& oName)
 template <class TLine>
 TLine* CKorIniIndex<TLine>::FindOption(uint32_t nHash, const SKorIniName& oName) const
 {
-    const SOptionSlot* const pSlot = m_oOptions.Find(nHash, [&](const SOptionSlot& oSlot) {
-        return m_oRule.Equal(oSlot.m_pLine->m_strOption, oName.m_strOption) &&
-               m_oRule.Equal(oSlot.m_pLine->m_strSection, oName.m_strSection);
-    });
-    return pSlot != nullptr ? pSlot->m_pLine : nullptr;
+    return reinterpret_cast<TLine*>(m_oOptions.Find(nHash, [&](uintptr_t n) {
+        const TLine& oLine = *reinterpret_cast<const TLine*>(n);
+        return m_oRule.Equal(oLine.m_strOption, oName.m_strOption) &&
+               m_oRule.Equal(oLine.m_strSection, oName.m_strSection);
+    }));
 }

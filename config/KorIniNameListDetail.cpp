@@ -10,17 +10,17 @@ size_t CKorIniNameList::Add(const SKorIniName& oName)
     const size_t nFound = Find(oName);
     if (nFound != NONE)
         return nFound;
-    m_vecNames.push_back({std::string(oName.m_strSection), std::string(oName.m_strOption)});
+    m_vecNames.push_back({std::string(oName.m_strSection), std::string(oName.m_strOption), 0});
     m_oTable.Insert({Hash(oName), m_vecNames.size()});
     return m_vecNames.size() - 1;
 }
 
 size_t CKorIniNameList::Find(const SKorIniName& oName) const
 {
-    const SSlot* const pSlot = m_oTable.Find(Hash(oName), [&](const SSlot& oSlot) {
-        const SName& oListed = m_vecNames[oSlot.m_nNumber - 1];
+    const uintptr_t nNumber = m_oTable.Find(Hash(oName), [&](uintptr_t n) {
+        const SName& oListed = m_vecNames[n - 1];
         return m_oRule.Equal(oListed.m_strOption, oName.m_strOption) &&
                m_oRule.Equal(oListed.m_strSection, oName.m_strSection);
     });
-    return pSlot != nullptr ? pSlot->m_nNumber - 1 : NONE;
+    return nNumber - 1; // NONE when it was not found
 }

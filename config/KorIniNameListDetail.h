@@ -27,22 +27,20 @@ public:
     const std::string& Section(size_t nName) const { return m_vecNames[nName].m_strSection; }
     const std::string& Option(size_t nName) const { return m_vecNames[nName].m_strOption; }
 
+    /// What the user notes of the name; 0 at first.
+    unsigned int& Note(size_t nName) { return m_vecNames[nName].m_nNote; }
+    unsigned int Note(size_t nName) const { return m_vecNames[nName].m_nNote; }
+
 private:
     struct SName
     {
         std::string m_strSection;
         std::string m_strOption;
+        unsigned int m_nNote;
     };
-    struct SSlot
-    {
-        bool IsFree() const { return m_nNumber == 0; }
-        uint32_t m_nHash = 0;
-        size_t m_nNumber = 0; ///< 1 + its place in m_vecNames
-    };
-
     uint32_t Hash(const SKorIniName& oName) const;
 
     const CKorIniNameRule m_oRule;
     std::vector<SName> m_vecNames;
-    CKorIniTable<SSlot> m_oTable;
+    CKorIniTable m_oTable; ///< of 1 + places in m_vecNames
 };

@@ -114,5 +114,8 @@ std::vector<std::string> KorIniSortedOnce(const std::vector<std::string_view>& v
     // The template of the C++ library is half a KiB for this one use.
     if (!vecOnce.empty())
         std::qsort(vecOnce.data(), vecOnce.size(), sizeof(std::string_view), &CompareNames);
-    return std::vector<std::string>(vecOnce.begin(), vecOnce.end());
+    std::vector<std::string> vecSorted;
+    for (const std::string_view strName : vecOnce)
+        KorAdd(vecSorted, strName);
+    return vecSorted;
 }

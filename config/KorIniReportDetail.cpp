@@ -51,19 +51,18 @@ void KorIniAddLineNumbers(std::string_view strText, CKorIniNameRule oRule,
     CKorIniNameList oNames(oRule);
     for (const SKorIniFinding& oFinding : rvecFindings)
         oNames.Add({oFinding.m_strSection, oFinding.m_strOption});
-    std::vector<unsigned int> vecLines(oNames.Size());
     CKorIniText oLine(strText);
     while (!rvecFindings.empty() && oLine.Next()) {
         if (!oLine.Is(EKorIniLine::OPTION))
             continue;
         const size_t nName = oNames.Find({oLine.Section(), oLine.Parts().m_strName});
-        if (nName != CKorIniNameList::NONE && vecLines[nName] == 0)
-            vecLines[nName] = oLine.Number();
+        if (nName != CKorIniNameList::NONE && oNames.Note(nName) == 0)
+            oNames.Note(nName) = oLine.Number();
     }
     for (SKorIniFinding& oFinding : rvecFindings) {
         const size_t nName = oNames.Find({oFinding.m_strSection, oFinding.m_strOption});
         if (oFinding.m_nLine == 0)
-            oFinding.m_nLine = vecLines[nName];
+            oFinding.m_nLine = oNames.Note(nName);
     }
 }
 
@@ -75,9 +74,8 @@ void KorIniAddUnknown(std::string_view strText, CKorIniNameRule oRule,
     while (oLine.Next()) {
         const SKorIniName oName{oLine.Section(), oLine.Parts().m_strName};
         if (!oLine.Is(EKorIniLine::OPTION) || oKnown.Find(oName) != CKorIniNameList::NONE ||
-            oSeen.Find(oName) != CKorIniNameList::NONE)
+            oSeen.Note(oSeen.Add(oName))++ != 0)
             continue;
-        oSeen.Add(oName);
         KorIniAdd(rvecFindings,
                   KorIniFindingOf(SKorIniFinding::FINDING_UNKNOWN_OPTION, oLine.Number(), oName,
                                   {KorIniLabel(oName), " is no option of this program"}));

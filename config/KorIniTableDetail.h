@@ -6,29 +6,32 @@
 #include <cstdint>
 #include <vector>
 
+/// A hash and what it leads to, in whatever form the user likes; free with 0.
+struct SKorIniSlot
+{
+    uint32_t m_nHash = 0;
+    uintptr_t m_nValue = 0;
+};
+
 /// Slots in a power of two of places, each slot at the place that its hash names or at the next
 /// free ones behind it.
-/// @tparam TSlot  has a hash m_nHash and IsFree(), true when made by default
-template <class TSlot>
 class CKorIniTable
 {
 public:
-    /// The first slot inserted with the hash that @p fnSame takes, or null.
+    /// What was inserted first with the hash and @p fnSame takes, or 0.
     template <class TSame>
-    const TSlot* Find(uint32_t nHash, TSame fnSame) const
+    uintptr_t Find(uint32_t nHash, TSame fnSame) const
     {
         if (m_vecSlots.empty())
-            return nullptr;
+            return 0;
         for (size_t n = nHash;; ++n) {
-            const TSlot& oSlot = m_vecSlots[n & (m_vecSlots.size() - 1)];
-            if (oSlot.IsFree())
-                return nullptr;
-            if (oSlot.m_nHash == nHash && fnSame(oSlot))
-                return &oSlot;
+            const SKorIniSlot& oSlot = m_vecSlots[n & (m_vecSlots.size() - 1)];
+            if (oSlot.m_nValue == 0 || (oSlot.m_nHash == nHash && fnSame(oSlot.m_nValue)))
+                return oSlot.m_nValue;
         }
     }
 
-    void Insert(const TSlot& oSlot)
+    void Insert(const SKorIniSlot& oSlot)
     {
         if (m_nUsed >= m_vecSlots.size() / 2)
             Grow();
@@ -43,25 +46,16 @@ public:
     }
 
 private:
-    TSlot& FreeSlot(uint32_t nHash)
+    SKorIniSlot& FreeSlot(uint32_t nHash)
     {
         size_t n = nHash;
-        while (!m_vecSlots[n & (m_vecSlots.size() - 1)].IsFree())
+        while (m_vecSlots[n & (m_vecSlots.size() - 1)].m_nValue != 0)
             ++n;
         return m_vecSlots[n & (m_vecSlots.size() - 1)];
     }
 
-    void Grow()
-    {
-        constexpr size_t FEWEST = 16;
-        std::vector<TSlot> vecOld(m_vecSlots.empty() ? FEWEST : 2 * m_vecSlots.size());
-        vecOld.swap(m_vecSlots);
-        for (const TSlot& oSlot : vecOld) {
-            if (!oSlot.IsFree())
-                FreeSlot(oSlot.m_nHash) = oSlot;
-        }
-    }
+    void Grow();
 
-    std::vector<TSlot> m_vecSlots;
+    std::vector<SKorIniSlot> m_vecSlots;
     size_t m_nUsed = 0;
 };

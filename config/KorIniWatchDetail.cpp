@@ -3,8 +3,6 @@
 #include "config/KorIniReportDetail.h"
 #include "config/KorOptionExchangeDetail.h"
 
-#include <algorithm>
-
 void CKorIniWatch::Attach(CKorIniOptionExchange& oExchange)
 {
     oExchange.m_pDocument->m_pWatch = this;
@@ -18,9 +16,7 @@ CKorIniWatch* CKorIniWatch::Of(const CKorIniOptionExchange& oExchange)
 
 void CKorIniWatch::Note(EUse eUse, const SKorIniName& oName)
 {
-    const size_t nName = m_oNames.Add(oName);
-    m_vecUses.resize(m_oNames.Size());
-    m_vecUses[nName] |= eUse;
+    m_oNames.Note(m_oNames.Add(oName)) |= eUse;
 }
 
 void CKorIniWatch::Note(const SKorIniFinding& oFinding)
@@ -30,6 +26,7 @@ void CKorIniWatch::Note(const SKorIniFinding& oFinding)
 
 CKorIniTextLines CKorIniWatch::Lines()
 {
-    std::fill(m_vecUses.begin(), m_vecUses.end(), USE_ASKED);
+    for (size_t i = 0; i < m_oNames.Size(); ++i)
+        m_oNames.Note(i) = USE_ASKED;
     return CKorIniTextLines(m_strText);
 }

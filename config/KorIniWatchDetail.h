@@ -43,12 +43,11 @@ public:
 
     const CKorIniNameList& Names() const { return m_oNames; }
     /// What was done to the option, as bits of #EUse.
-    unsigned int Uses(size_t nName) const { return m_vecUses[nName]; }
+    unsigned int Uses(size_t nName) const { return m_oNames.Note(nName); }
     std::vector<SKorIniFinding>& Findings() { return m_vecFindings; }
 
 private:
     const std::string_view m_strText;
-    CKorIniNameList m_oNames;
-    std::vector<unsigned int> m_vecUses; ///< beside the names
+    CKorIniNameList m_oNames; ///< each with its uses
     std::vector<SKorIniFinding> m_vecFindings;
 };

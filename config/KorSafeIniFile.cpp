@@ -36,12 +36,11 @@ std::vector<SKorIniChange> ChangesOf(CKorIniOptionExchange& oExchange, const CKo
         std::string strValue;
         const bool bExists = oExchange.GetOptionString(oNames.Section(i).c_str(),
                                                        oNames.Option(i).c_str(), strValue);
-        if (bExists && (oWatch.Uses(i) & CKorIniWatch::USE_SET) != 0)
-            vecChanges.push_back({SKorIniChange::CHANGE_SET, oNames.Section(i), oNames.Option(i),
-                                  std::move(strValue)});
-        else if (!bExists && oWatch.Uses(i) != CKorIniWatch::USE_ASKED)
+        const unsigned int nUses = oWatch.Uses(i);
+        if (bExists ? (nUses & CKorIniWatch::USE_SET) != 0 : nUses != CKorIniWatch::USE_ASKED)
             vecChanges.push_back(
-                {SKorIniChange::CHANGE_REMOVE, oNames.Section(i), oNames.Option(i), {}});
+                {bExists ? SKorIniChange::CHANGE_SET : SKorIniChange::CHANGE_REMOVE,
+                 oNames.Section(i), oNames.Option(i), std::move(strValue)});
     }
     return vecChanges;
 }
@@ -204,10 +203,12 @@ bool CKorSafeIniFile::Apply(int nKind, const char* pszSection, const char* pszOp
 {
     Begin();
     SKorFileImage oImage;
-    return Read(oImage) &&
-           Write(oImage,
-                 {{static_cast<SKorIniChange::EKind>(nKind), std::string(KorText(pszSection)),
-                   std::string(KorText(pszOption)), std::string(KorText(pszValue))}});
+    std::vector<SKorIniChange> vecChanges(1);
+    vecChanges[0].m_eKind = static_cast<SKorIniChange::EKind>(nKind);
+    vecChanges[0].m_strSection = KorText(pszSection);
+    vecChanges[0].m_strOption = KorText(pszOption);
+    vecChanges[0].m_strValue = KorText(pszValue);
+    return Read(oImage) && Write(oImage, vecChanges);
 }
 
 /// Refuses what the format cannot hold, unless the file holds it already.
