@@ -140,11 +140,6 @@ bool KorReadText(std::string_view strText, CKorTimeDiff& roValue)
     return true;
 }
 
-bool KorReadText(std::string_view strText, CKorUTCTime& roValue)
-{
-    return KorFromIsoString(std::string(strText), roValue);
-}
-
 std::string KorSimpleText::Of(const CKorTimeDiff& oValue)
 {
     const std::int64_t nTicks = KorToDuration(oValue).count();

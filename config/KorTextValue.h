@@ -19,6 +19,7 @@
 /// A program adds a type of its own by two functions of these names in the namespace of the type.
 
 #include "KorExport.h"
+#include "time/KorIsoTime.h"
 #include "time/KorTimeDiff.h"
 #include "time/KorUTCTime.h"
 
@@ -124,7 +125,10 @@ inline bool KorReadText(std::string_view strText, std::string& rstrValue)
 /// or hours, minutes and seconds ("1:02:03.25"); "-" in front. Only whole ticks of 10 ns count.
 TARVO_EXT_API bool KorReadText(std::string_view strText, CKorTimeDiff& roValue);
 /// A time as KorFromIsoString() reads it.
-TARVO_EXT_API bool KorReadText(std::string_view strText, CKorUTCTime& roValue);
+inline bool KorReadText(std::string_view strText, CKorUTCTime& roValue)
+{
+    return KorFromIsoString(std::string(strText), roValue);
+}
 
 /// Lists: items with commas between them. Blanks beside a comma are ignored; the empty text is the
 /// empty list.

@@ -274,27 +274,19 @@ std::string KorToIsoString(const CKorUTCTime& oTime, int nOffsetMinutes, unsigne
     return std::string(aText, static_cast<std::size_t>(pEnd - aText));
 }
 
-bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime, int* pnOffsetMinutes)
-{
-    CIsoReader oReader(strText);
-    std::int64_t nTicks = 0;
-    if (!oReader.Read() || !oReader.ToTicks(nTicks))
-        return false;
-    KorInstant::Store(nTicks, oReader.GetOffset(), rTime, pnOffsetMinutes);
-    return true;
-}
-
-bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime, const CKorTimeZone& oZone,
+bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime, const CKorTimeZone* pZone,
                       int* pnOffsetMinutes)
 {
     CIsoReader oReader(strText);
     std::int64_t nTicks = 0;
-    if (!oReader.Read() ||
-        !(oReader.HasOffset() ? oReader.ToTicks(nTicks) : oReader.ToTicks(oZone, nTicks)))
+    if (!oReader.Read())
         return false;
-    const std::int64_t nSeconds = oZone.GetOffset(KorInstant::FromTicks(nTicks));
-    const auto nMinutes = static_cast<int>(KorCalendar::FloorQuotient(nSeconds, 60));
-    KorInstant::Store(nTicks, oReader.HasOffset() ? oReader.GetOffset() : nMinutes, rTime,
-                      pnOffsetMinutes);
+    const bool bInZone = pZone != nullptr && !oReader.HasOffset();
+    if (!(bInZone ? oReader.ToTicks(*pZone, nTicks) : oReader.ToTicks(nTicks)))
+        return false;
+    std::int64_t nMinutes = oReader.GetOffset();
+    if (bInZone)
+        nMinutes = KorCalendar::FloorQuotient(pZone->GetOffset(KorInstant::FromTicks(nTicks)), 60);
+    KorInstant::Store(nTicks, static_cast<int>(nMinutes), rTime, pnOffsetMinutes);
     return true;
 }

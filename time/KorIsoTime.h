@@ -34,6 +34,10 @@ class CKorTimeZone;
 TARVO_EXT_API std::string KorToIsoString(const CKorUTCTime& oTime, int nOffsetMinutes = 0,
                                          unsigned int nDigits = 3);
 
+/// Reads a time: one of the two below, with or without a zone.
+TARVO_EXT_API bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime,
+                                    const CKorTimeZone* pZone, int* pnOffsetMinutes);
+
 /// Reads a time.
 ///
 /// The date is `YYYY-MM-DD`, `YYYY-DDD`, `YYYY-Www-D`, or one of these without dashes, and alone
@@ -47,14 +51,20 @@ TARVO_EXT_API std::string KorToIsoString(const CKorUTCTime& oTime, int nOffsetMi
 /// @param[out] pnOffsetMinutes  the offset of the text, 0 without one; may be null
 /// @return false when the text is anything else, or the instant is beyond the range of times; time
 /// and offset are unchanged then
-TARVO_EXT_API bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime,
-                                    int* pnOffsetMinutes = nullptr);
+inline bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime,
+                             int* pnOffsetMinutes = nullptr)
+{
+    return KorFromIsoString(strText, rTime, nullptr, pnOffsetMinutes);
+}
 
 /// Reads a time in the same way, but takes a text without an offset for what clocks show in a zone.
 /// A reading that occurs twice or never means the earlier instant, as CKorTimeZone::ToUtc() does
 /// it; the offset is that of the zone at this instant, seconds of it rounded down.
-TARVO_EXT_API bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime,
-                                    const CKorTimeZone& oZone, int* pnOffsetMinutes = nullptr);
+inline bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime,
+                             const CKorTimeZone& oZone, int* pnOffsetMinutes = nullptr)
+{
+    return KorFromIsoString(strText, rTime, &oZone, pnOffsetMinutes);
+}
 
 /// The span as text in days, hours, minutes and seconds, such as "PT1H30M", "-P1DT0.5S" or "PT0S";
 /// exact.
