@@ -12,17 +12,36 @@ namespace
 constexpr std::int64_t NS_PER_US = 1000;
 constexpr std::int64_t NS_PER_MS = 1000000;
 
-/// Receives until a judge of the held bytes, which gives 0, an error number or EAGAIN for more,
-/// is content, and takes as many bytes as it says.
-template <typename TJudge>
-int Take(CKorLineState& oState, TJudge fnJudge, std::string& strData, unsigned int nTimeout)
+/// What a call waits for: a number of bytes, or all up to the end of a delimiter.
+struct SWanted
+{
+    const std::string* m_pstrDelimiter;
+    unsigned int m_nCount; ///< of the bytes, or the most that the delimiter may end
+};
+
+/// Looks whether the held bytes are what is wanted: 0 and how many, an error number, or EAGAIN.
+int Judge(CKorLineBuffer& rHeld, const SWanted& oWanted, std::size_t& rnCount)
+{
+    rnCount = oWanted.m_nCount;
+    if (oWanted.m_pstrDelimiter == nullptr)
+        return rHeld.Size() >= rnCount ? 0 : EAGAIN;
+    if (oWanted.m_pstrDelimiter->empty())
+        return EINVAL;
+    rnCount = rHeld.FindEnd(*oWanted.m_pstrDelimiter, oWanted.m_nCount);
+    if (rnCount != CKorLineBuffer::NOT_FOUND)
+        return 0;
+    return rHeld.Size() >= oWanted.m_nCount ? EMSGSIZE : EAGAIN;
+}
+
+/// Receives until the held bytes are what is wanted, and takes it.
+int Take(CKorLineState& oState, const SWanted& oWanted, std::string& strData, unsigned int nTimeout)
 {
     CKorLineCall oCall(oState);
     CKorLineDeadline oDeadline(nTimeout);
     int nErrno = oCall.CheckReading();
     while (nErrno == 0) {
         std::size_t nCount = 0;
-        nErrno = fnJudge(oState.m_oHeld, nCount);
+        nErrno = Judge(oState.m_oHeld, oWanted, nCount);
         if (nErrno == 0)
             return oCall.Give(nCount, strData);
         if (nErrno == EAGAIN)
@@ -119,25 +138,13 @@ int CKorSerialLine::Read(unsigned int nMax, std::string& strData, unsigned int n
 
 int CKorSerialLine::ReadBytes(unsigned int nCount, std::string& strData, unsigned int nTimeout)
 {
-    const auto fnJudge = [=](const CKorLineBuffer& oHeld, std::size_t& rnCount) {
-        rnCount = nCount;
-        return oHeld.Size() >= nCount ? 0 : EAGAIN;
-    };
-    return Result(Take(*m_pState, fnJudge, strData, nTimeout));
+    return Result(Take(*m_pState, {nullptr, nCount}, strData, nTimeout));
 }
 
 int CKorSerialLine::ReadUntil(const std::string& strDelimiter, std::string& strData,
                               unsigned int nTimeout, unsigned int nMax)
 {
-    const auto fnJudge = [&](CKorLineBuffer& rHeld, std::size_t& rnCount) {
-        if (strDelimiter.empty())
-            return EINVAL;
-        rnCount = rHeld.FindEnd(strDelimiter, nMax);
-        if (rnCount != CKorLineBuffer::NOT_FOUND)
-            return 0;
-        return rHeld.Size() >= nMax ? EMSGSIZE : EAGAIN;
-    };
-    return Result(Take(*m_pState, fnJudge, strData, nTimeout));
+    return Result(Take(*m_pState, {&strDelimiter, nMax}, strData, nTimeout));
 }
 
 int CKorSerialLine::ReadFrame(unsigned int nSilence, std::string& strData, unsigned int nTimeout,
