@@ -9,7 +9,6 @@
 #include <ctime>
 #include <string>
 #include <unistd.h>
-#include <vector>
 
 std::atomic<CKorDaemonApplication*> CKorDaemonApplication::m_pDaemon(nullptr);
 
@@ -91,9 +90,11 @@ void CKorDaemonApplication::TakeProgramName(int argc, char** argv)
     if (strProgram.find('.', nTitle) != std::string::npos)
         return InitializeClass(argc, argv);
     strProgram.append(".");
-    std::vector<char*> vecArguments(argv, argv + argc);
-    vecArguments[0] = strProgram.data();
-    InitializeClass(argc, vecArguments.data());
+    m_oCmdLine.Initialize(argc, argv); // refuses a null entry before anything else is done
+    char* pszProgram = strProgram.data();
+    InitializeClass(1, &pszProgram);
+    for (int i = 1; i < argc; ++i)
+        m_strCommandLine.append(argv[i]).append(" ");
     m_oCmdLine.Initialize(argc, argv);
 }
 

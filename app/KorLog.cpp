@@ -19,13 +19,9 @@ std::mutex oMutex;
 CKorLogLine oLine;
 char acText[CKorLogLine::MAX_LENGTH];
 
-/// Lets a forked copy of the process log, too: no thread holds the lock in the copy.
-void HoldAcrossForks()
-{
-    static const int nRegistered =
-        pthread_atfork([] { oMutex.lock(); }, [] { oMutex.unlock(); }, [] { oMutex.unlock(); });
-    static_cast<void>(nRegistered);
-}
+// Lets a forked copy of the process log, too: no thread holds the lock in the copy.
+[[maybe_unused]] const int nRegistered =
+    pthread_atfork([] { oMutex.lock(); }, [] { oMutex.unlock(); }, [] { oMutex.unlock(); });
 
 /// The length of the message in the buffer.
 /// @param nFormatted  what the C library says of it
@@ -42,7 +38,6 @@ std::size_t MessageLength(int nFormatted, const char* pszFormat)
 CKorLog::CKorLog()
     : m_nLevel(LEVEL_INFO), m_nLost(0), m_nUntold(0), m_pSink(KorLogToStandardError())
 {
-    HoldAcrossForks();
 }
 
 CKorLog::~CKorLog() = default;

@@ -19,8 +19,6 @@ class CKorPidFileList
 public:
     static void Add(CKorPidFile& oFile)
     {
-        static const int nRegistered = pthread_atfork(&Hold, &LetGo, &CloseInCopy);
-        static_cast<void>(nRegistered);
         const std::lock_guard<std::mutex> oLock(m_oMutex);
         oFile.m_pNext = m_pFirst;
         m_pFirst = &oFile;
@@ -51,10 +49,12 @@ private:
 
     static std::mutex m_oMutex;
     static CKorPidFile* m_pFirst;
+    static const int m_nRegistered;
 };
 
 std::mutex CKorPidFileList::m_oMutex;
 CKorPidFile* CKorPidFileList::m_pFirst = nullptr;
+const int CKorPidFileList::m_nRegistered = pthread_atfork(&Hold, &LetGo, &CloseInCopy);
 
 namespace
 {
@@ -81,7 +81,7 @@ bool ReadNumber(int hFile, int& nNumber)
     if (nRead < 0 || nRead == sizeof acContent)
         return false;
     const std::string_view strNumber =
-        KorLTrim(KorRTrim(std::string_view(acContent, static_cast<size_t>(nRead))));
+        KorTrim(std::string_view(acContent, static_cast<size_t>(nRead)));
     if (strNumber.empty())
         return nRead == 0;
     const size_t nDigits = std::min(strNumber.find_first_not_of("0123456789"), strNumber.size());

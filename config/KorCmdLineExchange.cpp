@@ -63,7 +63,7 @@ bool CKorCmdLineExchange::GetOption(const std::string& strArgument, bool bHasVal
 
     const auto itValue = itOption + 1;
     const bool bLast = itValue == m_vecArgs.end();
-    strValue = bLast ? std::string() : *itValue;
+    strValue = bLast ? std::string_view() : *itValue;
     m_vecArgs.erase(itOption, bLast ? itValue : itValue + 1);
     return true;
 }
@@ -74,7 +74,8 @@ bool CKorCmdLineExchange::GetPositional(std::string& strValue)
         const EArgument nArgument = Classify(m_vecArgs[i]);
         if (nArgument == EArgument::POSITIONAL) {
             strValue = m_vecArgs[i];
-            m_vecArgs.erase(m_vecArgs.begin() + static_cast<std::ptrdiff_t>(i));
+            const auto itArgument = m_vecArgs.begin() + static_cast<std::ptrdiff_t>(i);
+            m_vecArgs.erase(itArgument, itArgument + 1);
             return true;
         }
         if (nArgument == EArgument::OPTION_WITH_VALUE)

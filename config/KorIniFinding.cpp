@@ -65,7 +65,7 @@ void CChecker::CheckHeader(const CKorIniText& oLine)
     if (nClose == std::string_view::npos)
         Report(SKorIniFinding::FINDING_SYNTAX, oLine,
                {"the header has no \"]\"; it is read as ", strLabel});
-    else if (!KorRTrim(strHead.substr(nClose + 1)).empty())
+    else if (!KorTrim(strHead.substr(nClose + 1)).empty())
         Report(SKorIniFinding::FINDING_SYNTAX, oLine,
                {"the text behind the \"]\" of ", strLabel, " has no effect"});
     const unsigned int nFirst = FirstLine(oLine, {oLine.Section(), {}});

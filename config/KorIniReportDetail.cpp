@@ -6,6 +6,13 @@
 #include <algorithm>
 #include <cstring>
 
+void KorIniMakePrintable(std::string& rstrText)
+{
+    std::replace_if(
+        rstrText.begin(), rstrText.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; },
+        '?');
+}
+
 std::string KorIniLabel(const SKorIniName& oName)
 {
     std::string strLabel;
@@ -14,9 +21,7 @@ std::string KorIniLabel(const SKorIniName& oName)
     if (!strLabel.empty() && !oName.m_strOption.empty())
         strLabel += ' ';
     strLabel += oName.m_strOption;
-    std::replace_if(
-        strLabel.begin(), strLabel.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; },
-        '?');
+    KorIniMakePrintable(strLabel);
     return strLabel;
 }
 

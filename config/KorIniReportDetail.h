@@ -11,6 +11,9 @@
 /// The name as a person reads it: "[Section] Option", with "?" for what does not print.
 std::string KorIniLabel(const SKorIniName& oName);
 
+/// Puts "?" in the place of what does not print.
+void KorIniMakePrintable(std::string& rstrText);
+
 /// A finding about an option, or about a section when the option is empty.
 SKorIniFinding KorIniFindingOf(SKorIniFinding::EKind eKind, unsigned int nLine,
                                const SKorIniName& oName,

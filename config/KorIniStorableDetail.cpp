@@ -21,7 +21,7 @@ std::string WhyNot(std::string_view strPart, std::string_view strText, char cEnd
         pszWhy = " holds \"#\", which begins a comment";
     else if (Holds(strText, '\n') || Holds(strText, '\0'))
         pszWhy = " holds a line feed or a NUL byte";
-    else if (bTrim && KorLTrim(KorRTrim(strText)).size() != strText.size())
+    else if (bTrim && KorTrim(strText).size() != strText.size())
         pszWhy = " has white space at an end";
     return pszWhy != nullptr ? KorConcat({strPart, pszWhy}) : std::string();
 }

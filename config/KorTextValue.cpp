@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <climits>
 #include <cmath>
 
 namespace
@@ -23,13 +22,12 @@ unsigned int ValueOf(char c)
 /// Reads the digits of a number of a base.
 bool ReadDigits(std::string_view strText, unsigned int nBase, unsigned long long& rnValue)
 {
-    const unsigned long long nMost = ULLONG_MAX / nBase;
     unsigned long long nValue = 0;
     for (const char c : strText) {
         const unsigned int nDigit = ValueOf(c);
-        if (nDigit >= nBase || nValue > nMost || nValue * nBase > ULLONG_MAX - nDigit)
+        if (nDigit >= nBase || __builtin_mul_overflow(nValue, nBase, &nValue) ||
+            __builtin_add_overflow(nValue, nDigit, &nValue))
             return false;
-        nValue = nValue * nBase + nDigit;
     }
     if (!strText.empty())
         rnValue = nValue;

@@ -7,8 +7,6 @@
 #include "text/KorStringDetail.h"
 #include "text/KorStringFunc.h"
 
-#include <algorithm>
-
 namespace
 {
 
@@ -23,8 +21,7 @@ std::string Enclosed(const std::string& strText)
 bool Report(CKorIniOptionExchange* pExchange, SKorIniFinding::EKind eKind, const SKorIniName& oName,
             std::string strText)
 {
-    std::replace_if(
-        strText.begin(), strText.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
+    KorIniMakePrintable(strText);
     KorReportIniFinding(pExchange, KorIniFindingOf(eKind, 0, oName, {strText}));
     return false;
 }

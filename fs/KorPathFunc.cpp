@@ -113,9 +113,10 @@ void SplitPath(const char* pszPath, std::string* pstrDrive, std::string* pstrDir
                std::string* pstrTitle, std::string* pstrExt)
 {
     RequirePath(pszPath);
-    if (IsPartOf(pszPath, pstrDrive) || IsPartOf(pszPath, pstrDir) ||
-        IsPartOf(pszPath, pstrTitle) || IsPartOf(pszPath, pstrExt))
-        return SplitPath(std::string(pszPath).c_str(), pstrDrive, pstrDir, pstrTitle, pstrExt);
+    for (const std::string* const pstrOutput : {pstrDrive, pstrDir, pstrTitle, pstrExt}) {
+        if (IsPartOf(pszPath, pstrOutput))
+            return SplitPath(std::string(pszPath).c_str(), pstrDrive, pstrDir, pstrTitle, pstrExt);
+    }
 
     const std::string_view strPath(pszPath);
     const size_t nDrive = DriveLength(strPath);

@@ -18,6 +18,11 @@ void KorAdd(std::vector<std::string_view>& rvecTexts, std::string_view strText)
     rvecTexts.push_back(strText);
 }
 
+std::string_view KorTrim(std::string_view strText)
+{
+    return KorLTrim(KorRTrim(strText));
+}
+
 bool KorHasWhiteSpace(std::string_view strText)
 {
     for (const char c : strText) {

@@ -44,6 +44,9 @@ inline std::string_view KorRTrim(std::string_view strText)
     return strText;
 }
 
+/// The text without white space at its ends.
+std::string_view KorTrim(std::string_view strText);
+
 /// The text without leading white space.
 inline std::string_view KorLTrim(std::string_view strText)
 {

@@ -16,7 +16,7 @@ std::string KorStrLTrim(const char* pszText)
 
 std::string KorStrTrim(const char* pszText)
 {
-    return std::string(KorLTrim(KorRTrim(KorText(pszText))));
+    return std::string(KorTrim(KorText(pszText)));
 }
 
 void KorDeQuoteString(std::string& strText)

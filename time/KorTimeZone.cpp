@@ -24,11 +24,10 @@ bool ReadingOf(int nYear, int nMonth, int nDay, int nHour, int nMinute, int nSec
     return true;
 }
 
-const SKorZoneType& TypeAt(const KorZonePointer& pData, const CKorUTCTime& oTime)
+/// Null for UTC.
+const SKorZoneType* TypeAt(const KorZonePointer& pData, const CKorUTCTime& oTime)
 {
-    // Never destroyed: other objects' destructors may still ask.
-    static const SKorZoneType& roUtc = *new SKorZoneType{0, false, "UTC"};
-    return pData != nullptr ? pData->TypeAt(KorToUnixTime(oTime)) : roUtc;
+    return pData != nullptr ? &pData->TypeAt(KorToUnixTime(oTime)) : nullptr;
 }
 
 } // namespace
@@ -49,17 +48,20 @@ bool CKorTimeZone::Load(const char* pszName)
 
 int CKorTimeZone::GetOffset(const CKorUTCTime& oTime) const
 {
-    return TypeAt(m_pData, oTime).nOffset;
+    const SKorZoneType* const pType = TypeAt(m_pData, oTime);
+    return pType != nullptr ? pType->nOffset : 0;
 }
 
 bool CKorTimeZone::IsSummerTime(const CKorUTCTime& oTime) const
 {
-    return TypeAt(m_pData, oTime).bSummerTime;
+    const SKorZoneType* const pType = TypeAt(m_pData, oTime);
+    return pType != nullptr && pType->bSummerTime;
 }
 
 std::string CKorTimeZone::GetAbbreviation(const CKorUTCTime& oTime) const
 {
-    return TypeAt(m_pData, oTime).strAbbreviation;
+    const SKorZoneType* const pType = TypeAt(m_pData, oTime);
+    return pType != nullptr ? pType->strAbbreviation : "UTC";
 }
 
 CKorTimeZone::EKind CKorTimeZone::GetKind(int nYear, int nMonth, int nDay, int nHour, int nMinute,
