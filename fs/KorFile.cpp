@@ -224,7 +224,7 @@ void CKorFile::SetLastError()
 // Wanted: always true. The record of a file that cannot be examined is that of zeros.
 bool CKorFile::GetStatus(const char* pszPath, CKorFileStatus& oStatus)
 {
-    struct stat oBuffer;
+    struct stat oBuffer = {};
     stat(TextOf(pszPath), &oBuffer);
     oStatus.m_nSize = oBuffer.st_size;
     oStatus.m_oCTime = static_cast<long>(oBuffer.st_ctime);
