@@ -318,8 +318,11 @@ template <class TLine>
 void CKorIniDocument<TLine>::InsertBehindFirst(std::unique_ptr<TLine> pLine)
 {
     if (!m_oIndex.IsComplete()) {
-        const auto itLine = m_apLines.insert(Search({pLine->m_strSection, {}}) + 1, nullptr);
-        *itLine = pLine.release();
+        const auto nPlace = Search({pLine->m_strSection, {}}) - m_apLines.begin() + 1;
+        m_apLines.push_back(nullptr);
+        const auto itPlace = m_apLines.begin() + nPlace;
+        std::copy_backward(itPlace, m_apLines.end() - 1, m_apLines.end());
+        *itPlace = pLine.release();
         return;
     }
     auto& oSection = *m_oIndex.Section(pLine->m_strSection);
