@@ -4,7 +4,8 @@
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 preset=${1:-release}
-need_packages busybox-static g++ cmake gdb git ninja-build pkg-config libgtest-dev libmodbus-dev man-db python3 socat systemd tzdata udev
+need_packages busybox-static g++ cmake gdb git ninja-build pkg-config libgtest-dev libmodbus-dev \
+  libmosquitto-dev man-db mosquitto openssl python3 socat systemd tzdata udev
 need_cmake
 try scripts/sample-ini-files.sh build/sample-ini
 configure_and_build "$preset"
