@@ -167,14 +167,14 @@ cat "$scratch/table"
     awk -v s="$seconds" '{ print ($3 - $2) / s, $5 / 1024 }' | sort -n |
     awk '{ print NR "," $1 "," $2 }'
 } >"$scratch/fleet.csv"
+svg=build/fleet.svg
 if [ -n "$update" ]; then
-  sed -i -e '/^<!-- fleet -->$/,/^<!-- end -->$/{/^<!--/!d}' \
-    -e "/^<!-- fleet -->\$/r $scratch/table" docs/fleet.md
-  svg=docs/fleet.svg
-else
-  svg=build/fleet.svg
+  place=$([ "$lines" -eq 1 ] && echo fleet || echo lines)
+  [ "$place" = lines ] || svg=docs/fleet.svg
+  sed -i -e "/^<!-- $place -->\$/,/^<!-- end -->\$/{/^<!--/!d}" \
+    -e "/^<!-- $place -->\$/r $scratch/table" docs/fleet.md
 fi
-try python3 scripts/plot.py "$scratch/fleet.csv" $svg "What a gateway costs, in the order of its processor time" \
-  gateways ""
+try python3 scripts/plot.py "$scratch/fleet.csv" $svg \
+  "What a gateway costs, in the order of its processor time" gateways ""
 echo "The plot is in $svg." >&2
 [ -z "${accounted:-}" ] || fail "not every reading is accounted for"

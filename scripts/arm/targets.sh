@@ -47,3 +47,15 @@ build_googletest() {
     -DCMAKE_BUILD_TYPE=MinSizeRel -DBUILD_GMOCK=OFF
   try cmake --build "$folder/gtest-build" --target install >/dev/null
 }
+
+# Memory of a running ARM program in KiB, as a board would see it: what is resident in the 4 GiB
+# that qemu-user was told to give to the program, without qemu's own. KIND is Rss for all of it or
+# Anonymous for what no other process can share.
+readonly GUEST_BASE=0x100000000
+guest_memory() {
+  local pid=$1 kind=$2
+  awk -v kind="$kind:" '
+    /^[0-9a-f]+-[0-9a-f]+ / { split($1, range, "-"); guest = range[1] ~ /^1........$/ }
+    guest && $1 == kind { sum += $2 }
+    END { print sum + 0 }' "/proc/$pid/smaps"
+}

@@ -1,0 +1,85 @@
+#!/bin/bash
+# What the gateway takes of memory on 32-bit ARM while it publishes: it polls a simulated meter ten
+# times a second, both emulated, and publishes to a broker of this machine.
+# usage: scripts/gateway-memory.sh
+# Sets up a fresh Debian machine (as root). Debian's MQTT library for ARM stays in build/toolchains.
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+. scripts/arm/targets.sh
+
+need_packages mosquitto
+need_target armhf
+enable_emulation
+
+readonly room=$PWD/build/toolchains/armhf/mqtt
+readonly libraries=$room/root/usr/lib/arm-linux-gnueabihf
+
+# Fetches the packages with lists of their own: the machine itself gets no second architecture.
+fetch_mqtt() {
+  local package
+  local apt=(-o Dir::State::lists="$room/lists" -o Dir::State::status="$room/status"
+    -o Dir::Cache="$room/cache" -o APT::Architecture=armhf -o APT::Architectures::=armhf)
+  mkdir -p "$room/lists/partial" "$room/cache/archives/partial" "$room/packages"
+  : >"$room/status"
+  try apt-get -qq "${apt[@]}" update 2>/dev/null
+  (cd "$room/packages" && try apt-get -qq "${apt[@]}" download libmosquitto1 libmosquitto-dev libssl3 2>/dev/null)
+  for package in "$room"/packages/*.deb; do
+    try dpkg -x "$package" "$room/root"
+  done
+}
+
+step "The gateway for ARM, with Debian's MQTT library"
+[ -e "$libraries/libmosquitto.so.1" ] || fetch_mqtt
+export PKG_CONFIG_LIBDIR=$libraries/pkgconfig PKG_CONFIG_SYSROOT_DIR=$room/root
+try cmake --preset arm -B build/arm-mqtt -DBUILD_TESTING=OFF -DCMAKE_FIND_ROOT_PATH="$room/root" \
+  -DCMAKE_EXE_LINKER_FLAGS=-Wl,-rpath-link,"$libraries" -Wno-dev --log-level=WARNING
+try cmake --build build/arm-mqtt --target gateway meters
+readonly programs=build/arm-mqtt/examples
+
+scratch=$(mktemp -d)
+cleanup() {
+  # shellcheck disable=SC2046
+  kill $(jobs -p) 2>/dev/null || true
+  wait
+  rm -rf "$scratch"
+}
+trap cleanup EXIT
+
+# wait_for PATTERN FILE: a minute at most.
+wait_for() {
+  local deadline=$((SECONDS + 60))
+  until grep -q -- "$1" "$2" 2>/dev/null; do
+    [ $SECONDS -lt $deadline ] || fail "no '$1': $(cat "$2")"
+    sleep 0.1
+  done
+}
+
+port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+printf 'listener %d 127.0.0.1\nallow_anonymous true\n' "$port" >"$scratch/broker.conf"
+[ "$(id -u)" -ne 0 ] || echo "user root" >>"$scratch/broker.conf"
+PATH=$PATH:/usr/sbin mosquitto -c "$scratch/broker.conf" 2>"$scratch/broker.log" &
+scripts/arm/run-arm armhf $programs/fleet/meters.bin 1 >"$scratch/device" &
+wait_for /dev/ "$scratch/device"
+cat >"$scratch/gateway.ini" <<END
+[Line l1]
+Device=$(cat "$scratch/device")
+[Meter m1]
+Line=l1
+PollInterval=100
+Map=simulated
+[Mqtt]
+Host=127.0.0.1
+Port=$port
+[Store]
+File=$scratch/store
+[Process]
+PidFile=$scratch/pid
+ControlSocket=$scratch/socket
+END
+QEMU_GUEST_BASE=$GUEST_BASE QEMU_SET_ENV=LD_LIBRARY_PATH=$libraries \
+  scripts/arm/run-arm armhf $programs/gateway/gateway.bin -c "$scratch/gateway.ini" 2>"$scratch/log" &
+gateway=$!
+wait_for ': connected' "$scratch/log"
+sleep 15
+echo "resident $(guest_memory $gateway Rss) KiB, of it its own $(guest_memory $gateway Anonymous) KiB"
+kill -TERM $gateway
+wait $gateway || fail "the gateway ended with status $?"
