@@ -23,7 +23,7 @@ cleanup() {
   # shellcheck disable=SC2046
   kill $(jobs -p) 2>/dev/null || true
   wait
-  rm -rf "$scratch" /dev/shm/gateway-fleet-$$
+  rm -rf "$scratch"
 }
 trap cleanup EXIT
 
@@ -50,10 +50,9 @@ write_settings() {
     "$scratch/$number.store" "$scratch/$number.pid"
 }
 
-# cpu_ms PID: the processor time that a process took.
+# cpu_ms PID: the processor time that the main thread of a process took.
 cpu_ms() {
-  awk -v ticks="$(getconf CLK_TCK)" '{ sub(/.*\) /, ""); print ($12 + $13) * 1000 / ticks }' \
-    "/proc/$1/stat"
+  awk '{ printf "%.3f", $1 / 1000000 }' "/proc/$1/schedstat"
 }
 
 # memory PID: resident, and of it its own, in KiB.
@@ -86,9 +85,11 @@ watch=$!
 wait_for $((gateways * lines)) /dev/ "$scratch/devices"
 wait_for 1 subscribed "$scratch/watch"
 pids=()
+started=$(date +%s.%N)
 for ((n = 1; n <= gateways; n++)); do
   write_settings "$n" >"$scratch/$n.ini"
-  $programs/gateway/gateway.bin -c "$scratch/$n.ini" 2>"$scratch/$n.log" &
+  : >"$scratch/$n.log"
+  $programs/gateway/gateway.bin -c "$scratch/$n.ini" 2>>"$scratch/$n.log" &
   pids[n]=$!
 done
 wait_for "$gateways" ": connected" "$scratch"/*.log
@@ -97,11 +98,12 @@ all_cpu >"$scratch/cpu.begin"
 broker_begin=$(cpu_ms $broker)
 sleep "$seconds"
 all_cpu >"$scratch/cpu.end"
-broker_cpu=$(($(cpu_ms $broker) - broker_begin))
+broker_end=$(cpu_ms $broker)
 read -r broker_rss _ < <(memory $broker)
 for ((n = 1; n <= gateways; n++)); do
   echo "$n $(memory "${pids[n]}")"
 done >"$scratch/memory"
+elapsed=$(awk -v begin="$started" -v end="$(date +%s.%N)" 'BEGIN { print end - begin }')
 
 for ((n = 1; n <= gateways; n++)); do
   kill -TERM "${pids[n]}"
@@ -118,8 +120,8 @@ wait $watch $meters || fail "the fleet's meters or its watcher failed"
 tail -n "$((gateways * lines))" "$scratch/devices" | awk '{ print $2 }' >"$scratch/answers"
 awk -v lines="$lines" '
   FNR == NR { answers[int((FNR - 1) / lines) + 1, (FNR - 1) % lines + 1] = $1; next }
-  /^fleet/ { split($1, topic, "/"); sub(/^m/, "", topic[3]); key = topic[2] SUBSEP topic[3]
-             readings[key] = $2; gaps += $3; repetitions += $4 }
+  $2 == "gaps" { gaps += $3; repetitions += $4 }
+  /reading / { split($1, topic, "/"); sub(/^m/, "", topic[3]); readings[topic[2], topic[3]] = $2 }
   /^latency/ { latency = $2 " ms median, " $3 " ms for 99 %, " $4 " ms at most" }
   END {
     for (key in answers) {
@@ -142,8 +144,8 @@ spread() {
 }
 
 {
-  echo "$gateways gateways with $lines lines each, for $seconds s, on $(nproc) cores" \
-    "($(sed -n 's/^model name.*: //p' /proc/cpuinfo | head -n 1)):"
+  echo "Gateways: $gateways. Lines of each: $lines. Measured for $seconds s on $(nproc) cores" \
+    "($(sed -n 's/^model name.*: //p' /proc/cpuinfo | head -n 1))."
   printf '\n| A gateway | least | median | most |\n|---|---:|---:|---:|\n'
   printf '| processor, ms a second '
   join "$scratch/cpu.begin" "$scratch/cpu.end" |
@@ -153,10 +155,11 @@ spread() {
   printf '| of it its own, KiB '
   awk '{ print $3 }' "$scratch/memory" | spread %d
   printf '| readings published a second '
-  awk -v s="$seconds" '/^fleet/ { split($1, t, "/"); sum[t[2]] += $2 }
+  awk -v s="$elapsed" '/reading / { split($1, t, "/"); sum[t[2]] += $2 }
     END { for (n in sum) print sum[n] / s }' "$scratch/watch" | spread %.2f
   printf '\nThe broker took %s ms of processor a second and %s KiB. ' \
-    "$(awk -v c="$broker_cpu" -v s="$seconds" 'BEGIN { printf "%.1f", c / s }')" "$broker_rss"
+    "$(awk -v b="$broker_begin" -v e="$broker_end" -v s="$seconds" 'BEGIN { printf "%.1f", (e - b) / s }')" \
+    "$broker_rss"
   cat "$scratch/account"
 } >"$scratch/table"
 cat "$scratch/table"

@@ -1,7 +1,8 @@
 /// @file
-/// Subscribes to the readings of a fleet, prints "subscribed" then, and says on SIGINT and SIGTERM
-/// what came of each gateway: "TOPIC READINGS GAPS REPETITIONS" a line, then "latency MEDIAN P99 MAXIMUM" in milliseconds, from
-/// the meter's answer, as the gateway noted it, to this program.
+/// Subscribes to the readings of a fleet and prints "subscribed" then. On SIGINT and SIGTERM it says
+/// what came: lines of "TOPIC READINGS", lines of "GATEWAY gaps GAPS REPETITIONS", and
+/// "latency MEDIAN P99 MAXIMUM" in milliseconds, from the meter's answer, as the gateway noted it,
+/// to this program.
 /// usage: fleetwatch.bin PORT
 
 #include "app/KorDaemonApplication.h"
@@ -19,25 +20,31 @@
 namespace
 {
 
-/// What came of one gateway's meter.
-struct Watched
+/// The numbers of one gateway's readings.
+struct Sequence
 {
-    unsigned int m_nReadings = 0;
     unsigned int m_nGaps = 0;
     unsigned int m_nRepetitions = 0;
     unsigned long long m_nLast = 0;
 
-    void Take(unsigned long long nSequence)
+    /// @return whether this is no repetition
+    bool Take(unsigned long long nNumber)
     {
-        if (nSequence <= m_nLast) {
+        if (nNumber <= m_nLast) {
             ++m_nRepetitions;
-            return;
+            return false;
         }
-        m_nGaps += m_nLast != 0 && nSequence != m_nLast + 1 ? 1 : 0;
-        ++m_nReadings;
-        m_nLast = nSequence;
+        m_nGaps += m_nLast != 0 && nNumber != m_nLast + 1 ? 1 : 0;
+        m_nLast = nNumber;
+        return true;
     }
 };
+
+/// What stands before the meter in a topic.
+std::string GatewayOf(const std::string& strTopic)
+{
+    return strTopic.substr(0, strTopic.rfind('/', strTopic.rfind('/') - 1));
+}
 
 /// The text behind a name of a JSON member, up to a character.
 std::string Member(const std::string& strJson, const std::string& strName, char cEnd)
@@ -79,9 +86,11 @@ public:
         mosquitto_disconnect(m_pClient);
         mosquitto_loop_stop(m_pClient, true);
         mosquitto_destroy(m_pClient);
-        for (const auto& [strTopic, oWatched] : m_mapWatched)
-            std::printf("%s %u %u %u\n", strTopic.c_str(), oWatched.m_nReadings, oWatched.m_nGaps,
-                        oWatched.m_nRepetitions);
+        for (const auto& [strTopic, nReadings] : m_mapReadings)
+            std::printf("%s %u\n", strTopic.c_str(), nReadings);
+        for (const auto& [strGateway, oSequence] : m_mapSequences)
+            std::printf("%s gaps %u %u\n", strGateway.c_str(), oSequence.m_nGaps,
+                        oSequence.m_nRepetitions);
         PrintLatency();
         std::fflush(stdout);
         return CKorDaemonApplication::Finalize();
@@ -105,7 +114,9 @@ private:
         if (strSequence.empty() || !KorFromIsoString(Member(strJson, "\"time\":\"", '"'), oTaken))
             return;
         auto* const pThis = static_cast<FleetWatch*>(pUser);
-        pThis->m_mapWatched[strTopic].Take(std::strtoull(strSequence.c_str(), nullptr, 10));
+        if (pThis->m_mapSequences[GatewayOf(strTopic)].Take(
+                std::strtoull(strSequence.c_str(), nullptr, 10)))
+            ++pThis->m_mapReadings[strTopic];
         pThis->m_vecLatencies.push_back(
             static_cast<double>((oNow - oTaken).GetTotalMicroSeconds()) / 1000);
     }
@@ -123,7 +134,8 @@ private:
     unsigned int m_nPort = 1883;
     mosquitto* m_pClient = nullptr;
     // Of libmosquitto's thread, until it has ended.
-    std::map<std::string, Watched> m_mapWatched;
+    std::map<std::string, unsigned int> m_mapReadings;
+    std::map<std::string, Sequence> m_mapSequences;
     std::vector<double> m_vecLatencies;
 };
 

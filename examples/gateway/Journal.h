@@ -24,6 +24,8 @@ public:
     /// @return false as JournalFile::Open() does
     bool Open(const std::string& strFile, std::uint32_t nMaxSize);
     bool IsOpen() const { return m_oFile.IsOpen(); }
+    /// Takes the file away.
+    void Remove() { m_oFile.Remove(); }
 
     /// Whether Open() found marks.
     bool HasMarks() const { return m_nGeneration != 0; }

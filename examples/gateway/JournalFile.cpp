@@ -40,7 +40,7 @@ bool IsOurs(int nHandle)
         return false;
     if (!S_ISREG(oFile.st_mode))
         return Refuse(EINVAL);
-    return oFile.st_uid == geteuid() || geteuid() == 0 || Refuse(EPERM);
+    return oFile.st_uid == geteuid() || Refuse(EPERM);
 }
 
 } // namespace
@@ -53,6 +53,7 @@ JournalFile::~JournalFile()
 bool JournalFile::Open(const std::string& strFile)
 {
     Close();
+    m_strFile = strFile;
     // O_NONBLOCK: a FIFO of that name must not hold us up.
     m_nHandle =
         open(strFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY,
@@ -78,6 +79,13 @@ void JournalFile::Close()
     flock(m_nHandle, LOCK_UN); // a thread that syncs may have a copy of the handle still
     close(m_nHandle);
     m_nHandle = -1;
+}
+
+void JournalFile::Remove()
+{
+    if (IsOpen())
+        unlink(m_strFile.c_str());
+    Close();
 }
 
 std::uint32_t JournalFile::Size() const

@@ -21,6 +21,8 @@ public:
     bool Open(const std::string& strFile);
     bool IsOpen() const { return m_nHandle != -1; }
     void Close();
+    /// Closes the file and takes it away.
+    void Remove();
 
     /// Its present size in bytes; 0 when it cannot be told.
     std::uint32_t Size() const;
@@ -44,4 +46,5 @@ private:
     bool Lock() const;
 
     int m_nHandle = -1;
+    std::string m_strFile;
 };

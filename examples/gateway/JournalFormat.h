@@ -30,9 +30,12 @@ struct JournalMarks
 {
     std::uint64_t m_nDone = 0;     ///< no record up to this one is needed any more
     std::uint64_t m_nReserved = 0; ///< no record beyond this one was ever made
-    std::uint32_t m_nBoot = 0;     ///< tells one run of the system from another
+    std::uint32_t m_nBoot = 0;     ///< tells one run of the system from another, or #JOURNAL_CLOSED
 };
 
+/// In place of a run of the system: the records were given up to JournalMarks::m_nReserved, which is
+/// the next one.
+constexpr std::uint32_t JOURNAL_CLOSED = 0;
 constexpr std::uint32_t JOURNAL_MAX_CONTENT = 65536;
 constexpr std::uint32_t JOURNAL_HEADER = 4096;        ///< what precedes the records
 constexpr std::uint32_t JOURNAL_MARKS_SPACING = 2048; ///< from one copy of the marks to the other

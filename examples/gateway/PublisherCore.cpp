@@ -72,8 +72,7 @@ void PublisherCore::Stop(unsigned int nMilliseconds)
     if (m_oStore.IsFlushDue())
         m_oStore.Flush(true);
     m_pConnection->Stop(nMilliseconds);
-    if (m_oStore.IsFlushDue())
-        m_oStore.Flush(true);
+    m_oStore.Close();
     m_pConnection.reset();
 }
 

@@ -34,12 +34,12 @@ std::string AbsoluteName(const std::string& strFile)
     return strName;
 }
 
-/// A number that differs from one start of the system to the next.
+/// A number that differs from one start of the system to the next, and from #JOURNAL_CLOSED.
 std::uint32_t BootNumber()
 {
     std::string strBoot;
     KorReadFile("/proc/sys/kernel/random/boot_id", strBoot);
-    return Crc32(strBoot);
+    return Crc32(strBoot) | 1;
 }
 
 constexpr std::uint32_t LEAST_SIZE = 2 * JOURNAL_MAX_CONTENT;
@@ -113,6 +113,8 @@ void ReadingStore::GoOnCounting()
     const std::uint64_t nNewest = std::max({m_oMarks.m_nDone, m_oDisk.Newest(), m_oYoung.Newest()});
     if (m_oYoung.HasMarks() && m_oYoung.Marks().m_nBoot == m_oMarks.m_nBoot)
         m_nNext = nNewest + 1;
+    else if (m_oDisk.HasMarks() && m_oDisk.Marks().m_nBoot == JOURNAL_CLOSED)
+        m_nNext = m_oDisk.Marks().m_nReserved;
     else if (m_oDisk.HasMarks())
         m_nNext = NextRun(std::max(nNewest, m_oMarks.m_nReserved));
     else
@@ -124,6 +126,16 @@ void ReadingStore::GoOnCounting()
         m_oYoung.SetMarks(m_oMarks);
     if (m_oDisk.IsOpen() && IsReserveShort())
         Flush(false);
+}
+
+void ReadingStore::Close()
+{
+    if (IsFlushDue() && !Flush(true))
+        return;
+    m_oMarks.m_nReserved = m_nNext;
+    m_oMarks.m_nBoot = JOURNAL_CLOSED;
+    if (m_oDisk.IsOpen() && m_oDisk.SetMarks(m_oMarks) && m_oDisk.Sync())
+        m_oYoung.Remove();
 }
 
 bool ReadingStore::IsReserveShort() const

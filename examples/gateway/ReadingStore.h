@@ -35,6 +35,9 @@ public:
     /// @return false with `EBUSY` when another process has them
     bool Open();
 
+    /// Writes what waits and leaves nothing in memory: at the orderly end of a process.
+    void Close();
+
     /// The number that the next Append() gives.
     std::uint64_t NextSequence() const { return m_nNext; }
     /// Takes a reading.

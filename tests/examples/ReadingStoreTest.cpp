@@ -96,6 +96,31 @@ TEST(ReadingStore, LosesNothingAndRepeatsNothingWhenItsProcessIsKilled)
     EXPECT_EQ(0U, oStore.Damaged());
 }
 
+TEST(ReadingStore, LeavesNothingInMemoryAfterAnOrderlyEnd)
+{
+    const StorePlace oPlace;
+    std::uint64_t nNext = 0;
+    {
+        ReadingStore oStore(oPlace.m_oSettings);
+        ASSERT_TRUE(oStore.Open());
+        Append(oStore, 1, 3);
+        nNext = oStore.NextSequence();
+        oStore.Close();
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(oPlace.m_oMemory.Path()));
+    {
+        ReadingStore oStore(oPlace.m_oSettings);
+        ASSERT_TRUE(oStore.Open());
+        EXPECT_EQ(Range(1, 3), Waiting(oStore));
+        EXPECT_EQ(nNext, oStore.NextSequence());
+        Append(oStore, 4, 4);
+    }
+    oPlace.CutPower();
+    ReadingStore oStore(oPlace.m_oSettings);
+    ASSERT_TRUE(oStore.Open());
+    EXPECT_GT(oStore.NextSequence(), nNext + 1) << "that end was not an orderly one";
+}
+
 TEST(ReadingStore, LosesOnlyWhatCameAfterTheLastWriteWhenThePowerIsCut)
 {
     const StorePlace oPlace;
