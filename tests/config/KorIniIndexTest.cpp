@@ -192,6 +192,17 @@ TEST_F(KorIniIndex, NewOptionsStandInTheListThatIsHandedOut)
     EXPECT_EQ(2, oExchange.FindOption("A", "v") - oExchange.FindOption("A", nullptr));
 }
 
+TEST_F(KorIniIndex, OptionsSetAfterTheListWasWrittenStandBehindTheirHeaders)
+{
+    CKorIniOptionExchange oExchange(&m_oFile, true);
+    oExchange.SetOptionString("A", "v", "5");
+    oExchange.WriteIniOptions();
+    oExchange.SetOptionString("B", "w", "6");
+    oExchange.SetOptionString("A", "u", "7");
+    oExchange.WriteIniOptions();
+    EXPECT_EQ("\n[A]  \nu=7 \nv=5 \nx=1 \ny=2 \n\n[B]  \nw=6 \nx=3 \n", ReadFile(m_strFile));
+}
+
 TEST_F(KorIniIndex, WhoeverReadsAgainHoldsNoLineAnyMore)
 {
     CKorIniOptionExchange oExchange(&m_oFile, false);
