@@ -70,16 +70,12 @@ public:
 
     /// The first line with the name, or null.
     TLine* Find(const SKorIniName& oName);
-
     /// As CKorIniOptionExchange::SetOptionString().
     void Set(const SKorIniName& oName, std::string_view strValue);
-
     /// As CKorIniOptionExchange::RemoveOption().
     void Remove(const SKorIniName& oName);
-
     /// As CKorIniOptionExchange::GetSections().
     std::vector<std::string> Sections();
-
     /// As CKorIniOptionExchange::GetOptions().
     std::vector<std::string> Options(std::string_view strSection);
 
