@@ -179,6 +179,8 @@ void LineEnd::HangUp()
     m_oTrace.Event(m_strName, "hung up");
     m_oLoop.Cancel(m_nTicket);
     m_strPending.clear();
+    // Another program may get a terminal of the same number as soon as this one is closed.
+    MakeLink((m_strLink + ".gone").c_str());
     if (m_oDevice.IsOpen())
         m_oDevice.Close();
     else
