@@ -4,7 +4,6 @@
 #include "config/KorIniTextDetail.h"
 #include "text/KorStringDetail.h"
 
-#include <iterator>
 #include <list>
 
 namespace
@@ -243,13 +242,9 @@ void CEditor::Insert(size_t nPlace, const std::string& strLines)
     m_bBlankEnd &= !bAtEnd;
 }
 
-/// Keeps the splices in the order of their places, in which most of them come.
 void CEditor::Splice(size_t nBegin, size_t nSize, std::string_view strNew)
 {
-    auto itPlace = m_lstSplices.end();
-    while (itPlace != m_lstSplices.begin() && std::prev(itPlace)->m_nBegin > nBegin)
-        --itPlace;
-    m_lstSplices.insert(itPlace, {nBegin, nSize, std::string(strNew)});
+    m_lstSplices.push_back({nBegin, nSize, std::string(strNew)});
 }
 
 /// A carriage return would become a part of the name of a header without "]".
@@ -261,8 +256,11 @@ std::string_view CEditor::EndOfLastLine() const
     return bSame ? m_strLineEnd : "\n";
 }
 
+/// Options that a section did not have were added last, wherever their place is.
 void CEditor::Join(std::string& rstrEdited)
 {
+    m_lstSplices.sort(
+        [](const SSplice& oA, const SSplice& oB) { return oA.m_nBegin < oB.m_nBegin; });
     rstrEdited.clear();
     rstrEdited.reserve(m_strText.size() + m_lstSplices.front().m_strNew.size());
     size_t nDone = 0;
