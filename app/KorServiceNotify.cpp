@@ -63,10 +63,11 @@ bool KorNotify(const char* pszMessage)
 {
     sockaddr_un oAddress = {};
     const socklen_t nAddress = ManagerAddress(oAddress);
+    const std::string_view strMessage = KorText(pszMessage);
     const CKorDescriptor oSocket(
         nAddress != 0 ? socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0) : -1);
     return oSocket.IsOpen() &&
-           sendto(oSocket.Get(), pszMessage, std::strlen(pszMessage), MSG_NOSIGNAL,
+           sendto(oSocket.Get(), strMessage.data(), strMessage.size(), MSG_NOSIGNAL,
                   reinterpret_cast<const sockaddr*>(&oAddress), nAddress) != -1;
 }
 

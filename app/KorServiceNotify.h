@@ -27,6 +27,7 @@
 /// @{
 
 /// Sends a message as the protocol has it, such as "READY=1".
+/// @param pszMessage  the message; null is an empty one, which tells the manager nothing
 TARVO_EXT_API bool KorNotify(const char* pszMessage);
 
 /// Tells that the start is over, or that a reload is.

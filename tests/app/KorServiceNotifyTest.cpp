@@ -66,6 +66,16 @@ TEST(KorServiceNotify, TellsAPathSocket)
     EXPECT_EQ("WATCHDOG=1", oManager.Receive());
 }
 
+TEST(KorServiceNotify, NoMessageIsAnEmptyOne)
+{
+    const ScratchDir oDir;
+    const NotifySocket oManager(oDir.File("notify"));
+    EXPECT_TRUE(KorNotify(nullptr));
+    EXPECT_EQ("", oManager.Receive());
+    EXPECT_TRUE(KorNotify("READY=1"));
+    EXPECT_EQ("READY=1", oManager.Receive());
+}
+
 TEST(KorServiceNotify, TellsAnAbstractSocket)
 {
     const NotifySocket oManager("@tarvo-notify-test-" + std::to_string(getpid()));
