@@ -83,7 +83,9 @@ int CKorDaemonApplication::Start(int argc, char** argv)
 /// The base class takes the title of a program file with an extension only.
 void CKorDaemonApplication::TakeProgramName(int argc, char** argv)
 {
-    std::string strProgram = argv != nullptr && argc > 0 && argv[0] != nullptr ? argv[0] : ".";
+    if (argc <= 0 || argv == nullptr || argv[0] == nullptr)
+        return InitializeClass(argc, argv);
+    std::string strProgram = argv[0];
     size_t nTitle = strProgram.size();
     while (nTitle > 0 && !IsSeparator(strProgram[nTitle - 1]))
         --nTitle;
