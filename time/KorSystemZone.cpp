@@ -5,8 +5,7 @@
 #if __has_include(<sys/timeb.h>)
 #include <sys/timeb.h>
 // Weak, because C libraries have begun to drop the function and keep the header.
-// NOLINTNEXTLINE(readability-redundant-declaration): it adds the weakness
-extern "C" int ftime(struct timeb* pTime) __attribute__((weak));
+#pragma weak ftime
 #define KOR_HAS_FTIME
 #endif
 
