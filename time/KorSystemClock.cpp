@@ -1,5 +1,5 @@
 // Before all headers: the C library then has 64-bit times here, if it has any.
-#define _TIME_BITS 64 // NOLINT(bugprone-reserved-identifier): the C library's own switch
+#define _TIME_BITS 64
 
 #include "time/KorSystemClockDetail.h"
 

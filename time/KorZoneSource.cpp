@@ -1,5 +1,5 @@
 // Before all headers: on boards with 32-bit time_t, files may be younger than 2038 then.
-#define _TIME_BITS 64 // NOLINT(bugprone-reserved-identifier): the C library's own switch
+#define _TIME_BITS 64
 
 #include "time/KorZoneSourceDetail.h"
 
