@@ -55,8 +55,8 @@ TEST(KorLog, TheTimeIsLocalWithItsOffset)
 {
     CKorLog oLog;
     for (const auto& [pszZone, pszOffset, nOffset] :
-         {std::tuple("XXX-1", "+0100", 3600), std::tuple("XXX+4:30", "-0430", -16200),
-          std::tuple("XXX-5:45", "+0545", 20700), std::tuple("UTC0", "+0000", 0)}) {
+         {std::tuple("ZZZ-1", "+0100", 3600), std::tuple("ZZZ+4:30", "-0430", -16200),
+          std::tuple("ZZZ-5:45", "+0545", 20700), std::tuple("UTC0", "+0000", 0)}) {
         const TimeZoneScope oZone(pszZone);
         CapturedLog oCapture;
         const time_t nBefore = Now();

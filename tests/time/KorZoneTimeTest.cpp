@@ -117,13 +117,13 @@ TEST(KorZoneTime, RoundsTheSecondsOfAnOffsetDown)
     const CKorUTCTime oTime = TimeOfUnix(-2840140800); // 1880
     EXPECT_EQ(53, CKorZoneTime(oTime, Zone("Europe/Berlin")).GetOffsetMinutes());
     EXPECT_EQ(-297, CKorZoneTime(oTime, Zone("America/New_York")).GetOffsetMinutes());
-    const TimeZoneScope oScope("XXX0:00:01");
+    const TimeZoneScope oScope("ZZZ0:00:01");
     EXPECT_EQ(-1, CKorZoneTime(oTime).GetOffsetMinutes());
 }
 
 TEST(KorZoneTime, TakesTheOffsetOfTheProcesssZone)
 {
-    const TimeZoneScope oScope("XXX-5:30");
+    const TimeZoneScope oScope("ZZZ-5:30");
     EXPECT_EQ(330, CKorZoneTime(TimeOfUnix(UNIX_5_MARCH)).GetOffsetMinutes());
     EXPECT_EQ(330, CKorZoneTime::CurrentTime().GetOffsetMinutes());
 }
