@@ -1,23 +1,14 @@
 #include "tests/examples/MqttBroker.h"
 
+#include "tests/examples/Loopback.h"
 #include "tests/support/Patience.h"
 
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace
 {
-
-sockaddr_in Loopback(unsigned int nPort)
-{
-    sockaddr_in oAddress = {};
-    oAddress.sin_family = AF_INET;
-    oAddress.sin_port = htons(static_cast<std::uint16_t>(nPort));
-    oAddress.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return oAddress;
-}
 
 bool SomebodyListens(unsigned int nPort)
 {

@@ -1,9 +1,9 @@
 #include "tests/examples/MqttTap.h"
 
+#include "tests/examples/Loopback.h"
 #include "tests/examples/MqttSubscriber.h"
 
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -12,15 +12,6 @@ namespace
 
 constexpr unsigned int PUBLISH = 3;
 constexpr unsigned int PUBACK = 4;
-
-sockaddr_in Loopback(unsigned int nPort)
-{
-    sockaddr_in oAddress = {};
-    oAddress.sin_family = AF_INET;
-    oAddress.sin_port = htons(static_cast<std::uint16_t>(nPort));
-    oAddress.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return oAddress;
-}
 
 unsigned int Byte(const std::string& strBytes, std::size_t nPos)
 {

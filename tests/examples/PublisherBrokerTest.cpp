@@ -1,10 +1,10 @@
 // How a publisher finds its broker, and what it does about one that will not have it.
 
+#include "tests/examples/Loopback.h"
 #include "tests/examples/MqttTap.h"
 #include "tests/examples/PublisherTest.h"
 
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -33,11 +33,26 @@ private:
     std::unique_ptr<MqttBroker> m_pBroker;
 };
 
+/// Files "key" and "cert" with a number: a certificate of its own for this machine.
+void MakeCertificate(const ScratchDir& oDir, const std::string& strNumber)
+{
+    ASSERT_EQ(0, RunProgram({"openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj",
+                             "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout",
+                             oDir.File("key" + strNumber), "-out", oDir.File("cert" + strNumber)})
+                     .nExitStatus);
+}
+
+/// The configuration of a broker that shows certificate 1.
+std::string ShownCertificate(const ScratchDir& oDir)
+{
+    return "allow_anonymous true\ncertfile " + oDir.File("cert1") + "\nkeyfile " +
+           oDir.File("key1") + "\n";
+}
+
 TEST(PublisherBroker, IsToldInClearWordsThatThePasswordIsWrongAndTriesAgain)
 {
     const GuardedBroker oBroker;
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     oPlace.m_oMqtt.m_strUser = "gateway";
     oPlace.m_oMqtt.m_strPasswordFile = oPlace.m_oDir.File("password");
     WriteFile(oPlace.m_oMqtt.m_strPasswordFile, "wrong\n");
@@ -60,8 +75,7 @@ TEST(PublisherBroker, IsToldInClearWordsThatThePasswordIsWrongAndTriesAgain)
 TEST(PublisherBroker, NamesAFileThatCannotBeRead)
 {
     const MqttBroker oBroker;
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     oPlace.m_oMqtt.m_strUser = "gateway";
     oPlace.m_oMqtt.m_strPasswordFile = "/nowhere/password";
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
@@ -94,9 +108,7 @@ TEST(PublisherBroker, IsSoughtUnderItsNameAgainAndAgain)
 TEST(PublisherBroker, HoldsNobodyUpWhenItDoesNotAnswer)
 {
     const int hListener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in oAddress = {};
-    oAddress.sin_family = AF_INET;
-    oAddress.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in oAddress = Loopback(0);
     socklen_t nLength = sizeof oAddress;
     auto* const pAddress = reinterpret_cast<sockaddr*>(&oAddress);
     ASSERT_EQ(0, bind(hListener, pAddress, sizeof oAddress));
@@ -107,8 +119,7 @@ TEST(PublisherBroker, HoldsNobodyUpWhenItDoesNotAnswer)
         rhFiller = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
         static_cast<void>(connect(rhFiller, pAddress, sizeof oAddress));
     }
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = ntohs(oAddress.sin_port);
+    PublisherPlace oPlace(ntohs(oAddress.sin_port));
     {
         Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
         ASSERT_TRUE(oPublisher.Start());
@@ -151,15 +162,10 @@ TEST(PublisherBroker, IsKeptWhenOtherSettingsChange)
 TEST(PublisherBroker, IsReachedThroughTls)
 {
     const ScratchDir oDir;
-    ASSERT_EQ(0, RunProgram({"openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj",
-                             "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout",
-                             oDir.File("key"), "-out", oDir.File("cert")})
-                     .nExitStatus);
-    const MqttBroker oBroker("allow_anonymous true\ncertfile " + oDir.File("cert") + "\nkeyfile " +
-                             oDir.File("key") + "\n");
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
-    oPlace.m_oMqtt.m_strCaFile = oDir.File("cert");
+    MakeCertificate(oDir, "1");
+    const MqttBroker oBroker(ShownCertificate(oDir));
+    PublisherPlace oPlace(oBroker.Port());
+    oPlace.m_oMqtt.m_strCaFile = oDir.File("cert1");
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());
     TakeNumbered(oPublisher, 1, 100);
@@ -170,16 +176,10 @@ TEST(PublisherBroker, IsReachedThroughTls)
 TEST(PublisherBroker, IsRefusedWhenItsCertificateIsNotTrusted)
 {
     const ScratchDir oDir;
-    for (const char* const pszName : {"1", "2"})
-        ASSERT_EQ(0, RunProgram({"openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes",
-                                 "-subj", "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1",
-                                 "-keyout", oDir.File(std::string("key") + pszName), "-out",
-                                 oDir.File(std::string("cert") + pszName)})
-                         .nExitStatus);
-    const MqttBroker oBroker("allow_anonymous true\ncertfile " + oDir.File("cert1") + "\nkeyfile " +
-                             oDir.File("key1") + "\n");
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    MakeCertificate(oDir, "1");
+    MakeCertificate(oDir, "2");
+    const MqttBroker oBroker(ShownCertificate(oDir));
+    PublisherPlace oPlace(oBroker.Port());
     oPlace.m_oMqtt.m_strCaFile = oDir.File("cert2");
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());

@@ -43,8 +43,7 @@ namespace
 TEST(Publisher, PublishesReadingsAsRetainedJson)
 {
     const MqttBroker oBroker;
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());
     EXPECT_EQ("127.0.0.1:" + std::to_string(oBroker.Port()), oPublisher.State().m_strBroker);
@@ -71,8 +70,7 @@ TEST(Publisher, PublishesReadingsAsRetainedJson)
 TEST(Publisher, CountsWhatItDoes)
 {
     const MqttBroker oBroker;
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());
     TakeNumbered(oPublisher, 1, 100);
@@ -92,8 +90,7 @@ TEST(Publisher, PublishesTheNewestStatisticsOfEachMeter)
 {
     const MqttBroker oBroker;
     const MqttSubscriber oSubscriber(oBroker.Port());
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());
     oPublisher.TakeStatistics("m1", "{\"polls\":1}");
@@ -109,8 +106,7 @@ TEST(Publisher, SaysWhenItIsThereAndWhenItLeaves)
 {
     const MqttBroker oBroker;
     const MqttSubscriber oSubscriber(oBroker.Port());
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());
     TakeNumbered(oPublisher, 1, 10);
@@ -126,8 +122,7 @@ TEST(Publisher, KeepsReadingsWhileThereIsNoBroker)
 {
     MqttBroker oBroker;
     oBroker.End(SIGTERM);
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());
     TakeNumbered(oPublisher, 1, 200);
@@ -143,8 +138,7 @@ TEST(Publisher, KeepsReadingsWhileThereIsNoBroker)
 
 TEST(Publisher, HandsOverWhatAnEarlierProcessLeft)
 {
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = FreePort();
+    PublisherPlace oPlace(FreePort());
     {
         Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
         ASSERT_TRUE(oPublisher.Start());
@@ -215,8 +209,7 @@ TEST(Publisher, GoesOnTakingReadingsWhileTheBrokerHangs)
 {
     const MqttBroker oBroker;
     const MqttSubscriber oSubscriber(oBroker.Port());
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());
     ASSERT_TRUE(oPlace.RunUntil([&] { return oPublisher.State().m_bConnected; }));
@@ -235,8 +228,7 @@ TEST(Publisher, GoesOnTakingReadingsWhileTheBrokerHangs)
 TEST(Publisher, GivesABrokerUpThatSaysNothingAndReturnsToIt)
 {
     const MqttBroker oBroker;
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     oPlace.m_oMqtt.m_nKeepAlive = 5;
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());
@@ -253,8 +245,7 @@ TEST(Publisher, PublishesInTheOrderOfTakingWhenTheClockIsSteppedBack)
 {
     const MqttBroker oBroker;
     const MqttSubscriber oSubscriber(oBroker.Port());
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());
     for (const unsigned int nNumber : {50U, 51U, 3U, 4U, 90U})
@@ -268,8 +259,7 @@ TEST(Publisher, PublishesWithEachQualityOfService)
     const MqttBroker oBroker;
     for (const unsigned int nQos : {0U, 1U, 2U}) {
         const MqttSubscriber oSubscriber(oBroker.Port());
-        PublisherPlace oPlace;
-        oPlace.m_oMqtt.m_nPort = oBroker.Port();
+        PublisherPlace oPlace(oBroker.Port());
         oPlace.m_oMqtt.m_nQos = nQos;
         oPlace.m_oMqtt.m_strPrefix = "qos" + std::to_string(nQos);
         Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
@@ -287,8 +277,7 @@ TEST(Publisher, MakesTopicsOfAnyNames)
 {
     const MqttBroker oBroker;
     const MqttSubscriber oSubscriber(oBroker.Port());
-    PublisherPlace oPlace;
-    oPlace.m_oMqtt.m_nPort = oBroker.Port();
+    PublisherPlace oPlace(oBroker.Port());
     oPlace.m_oMqtt.m_strPrefix = "/plant+/1/";
     Publisher oPublisher(oPlace.m_oLoop, oPlace.m_oMqtt, oPlace.m_oStore);
     ASSERT_TRUE(oPublisher.Start());

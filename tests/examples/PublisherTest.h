@@ -14,9 +14,10 @@
 class PublisherPlace
 {
 public:
-    PublisherPlace()
+    explicit PublisherPlace(unsigned int nPort = MqttSettings().m_nPort)
     {
         m_oMqtt.m_strHost = "127.0.0.1";
+        m_oMqtt.m_nPort = nPort;
         m_oMqtt.m_strPrefix = "house/1";
         m_oMqtt.m_nLongestPause = 1;
         m_oStore.m_strFile = m_oDir.File("store");
