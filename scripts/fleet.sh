@@ -18,24 +18,7 @@ need_cmake
 configure_and_build release >&2
 readonly programs=build/release/examples
 
-scratch=$(mktemp -d)
-cleanup() {
-  # shellcheck disable=SC2046
-  kill $(jobs -p) 2>/dev/null || true
-  wait
-  rm -rf "$scratch"
-}
-trap cleanup EXIT
-
-# wait_for COUNT PATTERN FILE...: waits until a pattern stands so often in files, two minutes at most.
-wait_for() {
-  local count=$1 pattern=$2 deadline=$((SECONDS + 120))
-  shift 2
-  until [ "$(cat "$@" 2>/dev/null | grep -c -- "$pattern")" -ge "$count" ]; do
-    [ $SECONDS -lt $deadline ] || fail "no '$pattern' in $1 within two minutes"
-    sleep 0.2
-  done
-}
+. scripts/broker.sh
 
 # write_settings NUMBER: the INI file of a gateway, from the devices of its lines.
 write_settings() {
@@ -69,15 +52,7 @@ all_cpu() {
 
 step "A broker, $((gateways * lines)) meters and $gateways gateways" >&2
 ulimit -n "$(ulimit -Hn)"
-port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
-{
-  [ "$(id -u)" -ne 0 ] || echo "user root"
-  printf 'listener %d 127.0.0.1\nallow_anonymous true\nset_tcp_nodelay true\n' "$port"
-  printf 'max_queued_messages 0\n'
-} >"$scratch/broker.conf"
-PATH=$PATH:/usr/sbin mosquitto -c "$scratch/broker.conf" 2>"$scratch/broker.log" &
-broker=$!
-wait_for 1 running "$scratch/broker.log"
+start_broker
 $programs/fleet/meters.bin $((gateways * lines)) >"$scratch/devices" &
 meters=$!
 $programs/fleet/fleetwatch.bin "$port" >"$scratch/watch" &

@@ -5,8 +5,9 @@
 # Sets up a fresh Debian machine (as root). Debian's MQTT library for ARM stays in build/toolchains.
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 . scripts/arm/targets.sh
+. scripts/broker.sh
 
-need_packages mosquitto
+need_packages mosquitto python3
 need_target armhf
 enable_emulation
 
@@ -35,30 +36,9 @@ try cmake --preset arm -B build/arm-mqtt -DBUILD_TESTING=OFF -DCMAKE_FIND_ROOT_P
 try cmake --build build/arm-mqtt --target gateway meters
 readonly programs=build/arm-mqtt/examples
 
-scratch=$(mktemp -d)
-cleanup() {
-  # shellcheck disable=SC2046
-  kill $(jobs -p) 2>/dev/null || true
-  wait
-  rm -rf "$scratch"
-}
-trap cleanup EXIT
-
-# wait_for PATTERN FILE: a minute at most.
-wait_for() {
-  local deadline=$((SECONDS + 60))
-  until grep -q -- "$1" "$2" 2>/dev/null; do
-    [ $SECONDS -lt $deadline ] || fail "no '$1': $(cat "$2")"
-    sleep 0.1
-  done
-}
-
-port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
-printf 'listener %d 127.0.0.1\nallow_anonymous true\n' "$port" >"$scratch/broker.conf"
-[ "$(id -u)" -ne 0 ] || echo "user root" >>"$scratch/broker.conf"
-PATH=$PATH:/usr/sbin mosquitto -c "$scratch/broker.conf" 2>"$scratch/broker.log" &
+start_broker
 scripts/arm/run-arm armhf $programs/fleet/meters.bin 1 >"$scratch/device" &
-wait_for /dev/ "$scratch/device"
+wait_for 1 /dev/ "$scratch/device"
 cat >"$scratch/gateway.ini" <<END
 [Line l1]
 Device=$(cat "$scratch/device")
@@ -78,7 +58,7 @@ END
 QEMU_GUEST_BASE=$GUEST_BASE QEMU_SET_ENV=LD_LIBRARY_PATH=$libraries \
   scripts/arm/run-arm armhf $programs/gateway/gateway.bin -c "$scratch/gateway.ini" 2>"$scratch/log" &
 gateway=$!
-wait_for ': connected' "$scratch/log"
+wait_for 1 ': connected' "$scratch/log"
 sleep 15
 echo "resident $(guest_memory $gateway Rss) KiB, of it its own $(guest_memory $gateway Anonymous) KiB"
 kill -TERM $gateway
