@@ -41,9 +41,8 @@ void TakeFromHeld(benchmark::State& oState)
 }
 BENCHMARK(TakeFromHeld)
     ->ArgName("held")
-    ->Arg(16384)
-    ->Arg(131072)
-    ->Arg(1048576)
+    ->RangeMultiplier(8)
+    ->Range(16384, 1048576)
     ->UseManualTime()
     ->Iterations(3)
     ->Unit(benchmark::kMicrosecond);
@@ -68,9 +67,8 @@ void SearchHeld(benchmark::State& oState)
 }
 BENCHMARK(SearchHeld)
     ->ArgName("held")
-    ->Arg(16384)
-    ->Arg(131072)
-    ->Arg(1048576)
+    ->RangeMultiplier(8)
+    ->Range(16384, 1048576)
     ->UseManualTime()
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
