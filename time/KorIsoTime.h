@@ -34,7 +34,7 @@ class CKorTimeZone;
 TARVO_EXT_API std::string KorToIsoString(const CKorUTCTime& oTime, int nOffsetMinutes = 0,
                                          unsigned int nDigits = 3);
 
-/// Reads a time: one of the two below, with or without a zone.
+/// Reads a time: with a zone as the last operation below does, with null as the other one.
 TARVO_EXT_API bool KorFromIsoString(const std::string& strText, CKorUTCTime& rTime,
                                     const CKorTimeZone* pZone, int* pnOffsetMinutes);
 
