@@ -14,6 +14,8 @@ namespace
 {
 
 constexpr unsigned int FAREWELL_MS = 3000;
+constexpr unsigned long LOG_SIZE = 100000;
+constexpr unsigned int FORMER_LOGS = 3;
 constexpr int EXIT_UNREADABLE = 2;
 
 std::string Banner(const CKorApplicationInfo& oInfo)
@@ -53,6 +55,9 @@ void Gateway::DeclareOptions(CKorOptionParser& rParser)
                       "when it cannot be read");
     rParser.AddFlag("once", m_bOnce,
                     "poll each meter once and end; exit status 1 unless all answered");
+    rParser.AddOption("log", "FILE", m_strLogFile,
+                      "log into this file and up to three former ones of 100,000 bytes each "
+                      "(standard error)");
     rParser.AddFlag("v,verbose", m_bVerbose, "show every telegram");
 }
 
@@ -62,6 +67,8 @@ bool Gateway::Initialize()
         RequestEnd(Check());
         return false;
     }
+    if (!OpenLog())
+        return false;
     if (m_bVerbose)
         KorGetLog().SetLevel(CKorLog::LEVEL_DEBUG);
     KorGetLog().Write(CKorLog::LEVEL_INFO, "%s", Banner(GetInfo()).c_str());
@@ -76,6 +83,13 @@ bool Gateway::Initialize()
     else
         OpenControl();
     return true;
+}
+
+bool Gateway::OpenLog()
+{
+    return m_strLogFile.empty() ||
+           KorGetLog().UseFile(m_strLogFile.c_str(), LOG_SIZE, FORMER_LOGS) ||
+           Fail("cannot log into " + m_strLogFile + ": " + std::strerror(errno));
 }
 
 int Gateway::Check() const
@@ -129,6 +143,7 @@ bool Gateway::Fail(const std::string& strReason)
 
 void Gateway::ReloadInd()
 {
+    KorGetLog().Reopen(); // somebody may have moved it
     Reload();
 }
 

@@ -24,6 +24,7 @@ public:
     int Finalize() override;
 
 private:
+    bool OpenLog();
     int Check() const;
     bool LoadSettings();
     bool HoldPidFile();
@@ -37,6 +38,7 @@ private:
 
     bool m_bOnce = false;
     bool m_bVerbose = false;
+    std::string m_strLogFile;
     std::string m_strSettingsFile;
     std::string m_strCheckFile;
 

@@ -3,6 +3,7 @@
 #include "tests/examples/GatewayTest.h"
 #include "fs/KorWholeFile.h"
 
+#include <cstdio>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -122,6 +123,48 @@ std::string ReadIfThere(const std::string& strFile)
     std::string strContent;
     KorReadFile(strFile.c_str(), strContent);
     return strContent;
+}
+
+/// Whether a file comes to hold a text.
+bool WaitForText(const std::string& strFile, const char* pszText)
+{
+    return WaitUntil([&] { return Holds(ReadIfThere(strFile), pszText); });
+}
+
+TEST(Gateway, LogsIntoAFileThatSomebodyMayMove)
+{
+    const GatewayAndMeter oPair({});
+    const std::string strLog = oPair.m_oDir.File("log");
+    ChildProcess oGateway(oPair.Gateway({"--log", strLog}));
+    ASSERT_TRUE(WaitForText(strLog, " kWh"));
+    ASSERT_EQ(0, std::rename(strLog.c_str(), oPair.m_oDir.File("moved").c_str()));
+    oGateway.Signal(SIGHUP);
+    EXPECT_TRUE(WaitForText(strLog, " kWh"));
+    oGateway.Signal(SIGTERM);
+    const ChildResult oResult = oGateway.Wait();
+    EXPECT_EQ(0, oResult.nExitStatus);
+    EXPECT_EQ("", oResult.strErr);
+}
+
+TEST(Gateway, KeepsItsLogSmall)
+{
+    const GatewayAndMeter oPair({});
+    const std::string strLog = oPair.m_oDir.File("log");
+    WriteFile(strLog, std::string(100000, '\n'));
+    ChildProcess oGateway(oPair.Gateway({"--log", strLog}));
+    EXPECT_TRUE(WaitForText(strLog, " kWh"));
+    EXPECT_EQ(100000U, ReadFile(strLog + ".1").size());
+    oGateway.Signal(SIGTERM);
+    EXPECT_EQ(0, oGateway.Wait().nExitStatus);
+}
+
+TEST(Gateway, SaysWhenItCannotWriteItsLog)
+{
+    const GatewayAndMeter oPair({});
+    const ChildResult oResult = RunProgram(oPair.Gateway({"--once", "--log", "/nowhere/at/all"}));
+    EXPECT_EQ(1, oResult.nExitStatus);
+    EXPECT_TRUE(Holds(oResult.strErr, "cannot log into /nowhere/at/all: No such file"))
+        << oResult.strErr;
 }
 
 TEST(Gateway, IsNotHeldUpByAStandardOutputThatStalls)
