@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/time.h>
@@ -48,6 +49,7 @@ TEST(KorThread, ReportsStateThreeBeforeItsFirstStart)
     const CKorThread oThread(0);
     EXPECT_EQ(3, oThread.GetState());
     EXPECT_EQ(3, CKorThread::THREAD_ENDED);
+    EXPECT_FALSE(oThread.IsTerminationRequested());
 }
 
 TEST(KorThread, RunsUntilItIsAskedToEnd)
@@ -151,21 +153,13 @@ TEST(KorThread, TheDestructorEndsAndAwaitsTheThread)
     EXPECT_TRUE(bEnded);
 }
 
-TEST(KorThread, ASmallStackSizeIsRoundedUp)
+/// The size of the stack that a thread gets that asked for so much.
+size_t StackSize(unsigned int nAsked)
 {
-    Worker oWorker(1);
-    ASSERT_TRUE(oWorker.Start());
-    oWorker.WaitForState(CKorThread::THREAD_RUNNING);
-    oWorker.Stop();
-    EXPECT_EQ(1, oWorker.m_nWork);
-}
-
-TEST(KorThread, TheStackHasTheSizeAskedFor)
-{
-    class Deep : public CKorThread
+    class Measured : public CKorThread
     {
     public:
-        Deep() : CKorThread(512 * 1024) {}
+        explicit Measured(unsigned int nStackSize) : CKorThread(nStackSize) {}
         void Run() override
         {
             pthread_attr_t oAttributes;
@@ -175,12 +169,30 @@ TEST(KorThread, TheStackHasTheSizeAskedFor)
         }
         size_t m_nSize = 0;
     };
-    Deep oThread;
-    ASSERT_TRUE(oThread.Start());
+    Measured oThread(nAsked);
+    EXPECT_TRUE(oThread.Start());
     while (oThread.GetState() != CKorThread::THREAD_ENDED)
         CKorThread::Sleep(0, 1);
-    EXPECT_GE(oThread.m_nSize, 512U * 1024U);
-    EXPECT_LT(oThread.m_nSize, 1024U * 1024U);
+    return oThread.m_nSize;
+}
+
+TEST(KorThread, ASmallStackSizeIsRoundedUp)
+{
+    for (const unsigned int nAsked : {1U, static_cast<unsigned int>(PTHREAD_STACK_MIN) + 1}) {
+        EXPECT_GE(StackSize(nAsked), static_cast<size_t>(nAsked));
+        EXPECT_LT(StackSize(nAsked), StackSize(512 * 1024));
+    }
+}
+
+TEST(KorThread, TheStackHasTheSizeAskedFor)
+{
+    EXPECT_GE(StackSize(512 * 1024), 512U * 1024U);
+    EXPECT_LT(StackSize(512 * 1024), 1024U * 1024U);
+}
+
+TEST(KorThread, WithoutASizeTheStackIsTheSystemsWhichIsNotItsSmallest)
+{
+    EXPECT_GT(StackSize(0), StackSize(1));
 }
 
 void IgnoreSignal(int) {}

@@ -58,7 +58,8 @@ TEST(KorHexText, NoBytesAreNoText)
 
 TEST(KorHexText, ReadsDigitsOfEitherCase)
 {
-    EXPECT_EQ("\xab\xcd\xef\xAB\x01\x99", FromHex("abCDeFAB0199"));
+    EXPECT_EQ("\xab\xcd\xef\xAB\xCD\xEF", FromHex("abcdefABCDEF"));
+    EXPECT_EQ("\x01\x23\x45\x67\x89\xaF", FromHex("0123456789aF"));
 }
 
 TEST(KorHexText, ReadsAllSeparators)
