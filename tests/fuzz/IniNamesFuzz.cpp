@@ -8,6 +8,8 @@
 #include "tests/config/IniPlaces.h"
 #include "tests/fuzz/Fuzz.h"
 
+#include <set>
+
 namespace
 {
 
@@ -60,14 +62,27 @@ std::string ManyNames(Input& oInput)
     return strFile;
 }
 
+std::string Folded(std::string strName, bool bCaseSensitive)
+{
+    for (char& c : strName) {
+        if (!bCaseSensitive && c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    }
+    return strName;
+}
+
 /// A name is a few steps away from its place in the index, no more.
 void CheckIndex(Pattern oNames, bool bCaseSensitive)
 {
     const CKorIniNameRule oRule(bCaseSensitive);
     Places oPlaces(NAMES_IN_INDEX);
+    std::set<std::string> setNames;
     std::size_t nSteps = 0;
-    for (std::size_t i = 0; i < NAMES_IN_INDEX; ++i)
-        nSteps += oPlaces.Take(oRule.Hash(oNames.Next(), 0));
+    for (std::size_t i = 0; i < NAMES_IN_INDEX; ++i) {
+        const std::string strName = oNames.Next();
+        if (setNames.insert(Folded(strName, bCaseSensitive)).second)
+            nSteps += oPlaces.Take(oRule.Hash(strName, 0));
+    }
     Expect(nSteps < 4 * NAMES_IN_INDEX, "names do not crowd together", oNames.Next());
 }
 

@@ -12,7 +12,7 @@ namespace
 __extension__ using Wide = __int128;
 
 constexpr std::int64_t TICKS_PER_SECOND = 100000000;
-constexpr Wide LIMIT = Wide{1} << 100; // far beyond any span
+constexpr Wide LIMIT = Wide{1} << 90; // of seconds, far beyond any span
 
 std::int64_t TicksOf(const CKorTimeDiff& oSpan)
 {
