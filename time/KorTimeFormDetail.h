@@ -21,72 +21,78 @@ constexpr int FIELD_WIDTHS[FIELDS] = {2, 2, 4, 2, 2, 2, 2, 3, 3, 3};
 /// What stands for the elements from eElemDot on.
 constexpr char SEPARATORS[][2] = {".", "/", ":", "", " ", "", "-"};
 
-/// The fields of a time, indexed by their ETimeElement.
+/// The fields of a time, indexed by their ETimeElement, and behind them the pairs of digits of the
+/// fields that have more than two.
 struct SFields
 {
-    explicit SFields(const CKorUTCTime& oTime)
+    /// @param bFine  whether micro- and nanoseconds are wanted
+    SFields(const CKorUTCTime& oTime, bool bFine)
     {
         const long long nTicks = oTime.GetHighResolutionLocaltime();
-        const KorCalendar::SDate32 oDate = KorDateOfTicks(nTicks);
-        an[CKorUTCTime::eElemDay] = oDate.nDay;
-        an[CKorUTCTime::eElemMonth] = oDate.nMonth;
-        an[CKorUTCTime::eElemYear] = oDate.nYear;
-        an[CKorUTCTime::eElemYear2] = oDate.nYear % 100;
+        SetDate(KorDateOfTicks(nTicks));
         // The getters of the clock fields would do the long divisions one by one.
         const int nMilliSeconds = static_cast<int>(oTime.GetLocaltime() % 86400000);
         bNegative = nMilliSeconds < 0;
-        const auto nAbsolute = static_cast<unsigned>(bNegative ? -nMilliSeconds : nMilliSeconds);
-        SetClock(nAbsolute, bNegative ? -1 : 1);
-        const auto nBelowMilli =
-            static_cast<std::uint32_t>(KorTicks::Bits(nTicks) % KorTicks::PER_MILLISECOND);
-        an[CKorUTCTime::eElemMicro] = static_cast<int>(nBelowMilli / 100);
-        an[CKorUTCTime::eElemNano] = static_cast<int>(nBelowMilli % 100 * 10);
+        SetClock(static_cast<unsigned>(bNegative ? -nMilliSeconds : nMilliSeconds));
+        if (bFine)
+            SetFine(static_cast<std::uint32_t>(KorTicks::Bits(nTicks) % KorTicks::PER_MILLISECOND));
+        if (bNegative)
+            NegateClock();
     }
 
-    void SetClock(unsigned nMilliSeconds, int nSign)
+    /// Where the first two digits of a field of more than two stand, ...
+    static constexpr int First(int nElement)
+    {
+        return FIELDS + (nElement == CKorUTCTime::eElemYear
+                             ? 0
+                             : 1 + 2 * (nElement - CKorUTCTime::eElemMilli));
+    }
+    /// ... and the last two of any field. Of three digits the pairs share the middle one.
+    static constexpr int Last(int nElement)
+    {
+        if (nElement == CKorUTCTime::eElemYear)
+            return CKorUTCTime::eElemYear2;
+        return FIELD_WIDTHS[nElement] > 2 ? First(nElement) + 1 : nElement;
+    }
+
+    void SetDate(const KorCalendar::SDate32& oDate)
+    {
+        const auto nYear = static_cast<unsigned>(oDate.nYear);
+        an[CKorUTCTime::eElemDay] = oDate.nDay;
+        an[CKorUTCTime::eElemMonth] = oDate.nMonth;
+        an[CKorUTCTime::eElemYear] = oDate.nYear;
+        an[CKorUTCTime::eElemYear2] = static_cast<int>(nYear % 100);
+        an[First(CKorUTCTime::eElemYear)] = static_cast<int>(nYear / 100);
+    }
+    void SetClock(unsigned nMilliSeconds)
     {
         const unsigned nSeconds = nMilliSeconds / 1000;
         const unsigned nMinutes = nSeconds / 60;
-        an[CKorUTCTime::eElemHour] = static_cast<int>(nMinutes / 60) * nSign;
-        an[CKorUTCTime::eElemMinute] = static_cast<int>(nMinutes % 60) * nSign;
-        an[CKorUTCTime::eElemSecond] = static_cast<int>(nSeconds % 60) * nSign;
-        an[CKorUTCTime::eElemMilli] = static_cast<int>(nMilliSeconds % 1000) * nSign;
+        an[CKorUTCTime::eElemHour] = static_cast<int>(nMinutes / 60);
+        an[CKorUTCTime::eElemMinute] = static_cast<int>(nMinutes % 60);
+        an[CKorUTCTime::eElemSecond] = static_cast<int>(nSeconds % 60);
+        SetThree(CKorUTCTime::eElemMilli, nMilliSeconds % 1000);
+    }
+    void SetFine(std::uint32_t nTicksOfMilli)
+    {
+        SetThree(CKorUTCTime::eElemMicro, nTicksOfMilli / 100);
+        SetThree(CKorUTCTime::eElemNano, nTicksOfMilli % 100 * 10);
+    }
+    void SetThree(int nElement, unsigned nField)
+    {
+        an[nElement] = static_cast<int>(nField);
+        an[First(nElement)] = static_cast<int>(nField / 10);
+        an[Last(nElement)] = static_cast<int>(nField % 100);
+    }
+    void NegateClock()
+    {
+        for (const int nElement : {CKorUTCTime::eElemHour, CKorUTCTime::eElemMinute,
+                                   CKorUTCTime::eElemSecond, CKorUTCTime::eElemMilli})
+            an[nElement] = -an[nElement];
     }
 
-    int an[FIELDS];
+    int an[FIELDS + 7];
     bool bNegative; ///< a local clock before year 0, the fields of which are written with "-"
-};
-
-/// The fields of a time in pairs of digits. A field of three or four digits has two of them: of
-/// three digits they share the middle one.
-struct SPairs
-{
-    /// @param bFine  whether there are micro- and nanoseconds as well
-    SPairs(const SFields& oFields, bool bFine)
-    {
-        for (const int nElement :
-             {CKorUTCTime::eElemDay, CKorUTCTime::eElemMonth, CKorUTCTime::eElemYear2,
-              CKorUTCTime::eElemHour, CKorUTCTime::eElemMinute, CKorUTCTime::eElemSecond})
-            an[Last(nElement)] = static_cast<unsigned>(oFields.an[nElement]);
-        Split(oFields, CKorUTCTime::eElemYear, 100);
-        Split(oFields, CKorUTCTime::eElemMilli, 10);
-        if (bFine) {
-            Split(oFields, CKorUTCTime::eElemMicro, 10);
-            Split(oFields, CKorUTCTime::eElemNano, 10);
-        }
-    }
-
-    static constexpr int First(int nElement) { return 2 * nElement; }
-    static constexpr int Last(int nElement) { return 2 * nElement + 1; }
-
-    void Split(const SFields& oFields, int nElement, unsigned nDivisor)
-    {
-        const auto nField = static_cast<unsigned>(oFields.an[nElement]);
-        an[First(nElement)] = nField / nDivisor;
-        an[Last(nElement)] = nField % 100;
-    }
-
-    unsigned an[2 * FIELDS];
 };
 
 /// A record with everything in place but the digits, for which there are zeros.
@@ -107,9 +113,9 @@ struct SForm
     {
         anElements[nElements++] = static_cast<std::uint8_t>(nElement);
         if (nWidth > 2)
-            AddPlace(SPairs::First(nElement), nLength);
-        nLength = static_cast<std::uint8_t>(nLength + nWidth);
-        AddPlace(SPairs::Last(nElement), nLength - 2);
+            AddPlace(SFields::First(nElement), nLength);
+        nLength += nWidth;
+        AddPlace(SFields::Last(nElement), nLength - 2);
         bFine = bFine || nElement >= CKorUTCTime::eElemMicro;
     }
     constexpr void AddPlace(int nPair, int nOffset)
@@ -126,7 +132,7 @@ struct SForm
     static constexpr size_t MAX_LENGTH = 32; ///< one more than the longest record has
 
     char acText[MAX_LENGTH] = {};
-    std::uint8_t nLength = 0;
+    int nLength = 0;
     std::uint8_t anElements[9] = {}; ///< the fields
     std::uint8_t nElements = 0;
     SPlace aoPlaces[13] = {}; ///< where their digits go
@@ -148,9 +154,9 @@ struct SForms
 /// Puts the digits of a form into place; no field may be negative.
 inline void PutDigits(char* pText, const SForm& oForm, const SFields& oFields)
 {
-    const SPairs oPairs(oFields, oForm.bFine);
     for (int i = 0; i < oForm.nPlaces; ++i)
-        KorDigits::PutTwo(pText + oForm.aoPlaces[i].nOffset, oPairs.an[oForm.aoPlaces[i].nPair]);
+        KorDigits::PutTwo(pText + oForm.aoPlaces[i].nOffset,
+                          static_cast<unsigned>(oFields.an[oForm.aoPlaces[i].nPair]));
 }
 
 } // namespace KorTimeForm

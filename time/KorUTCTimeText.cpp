@@ -101,6 +101,14 @@ bool ReadForm(CKorStreamSource&, const SForm&, unsigned (&)[FIELDS])
     return false;
 }
 
+std::string StreamText(const CKorUTCTime& oTime, CKorUTCTime::ETimeFormat eFormat)
+{
+    std::ostringstream oStream;
+    CKorUTCTime::SetTimeFlag(oStream, eFormat);
+    oStream << oTime;
+    return oStream.str();
+}
+
 } // namespace
 
 int CKorUTCTime::m_nFormatIdx = -1;
@@ -188,12 +196,12 @@ std::ostream& CKorUTCTime::PutStream(std::ostream& oStream) const
         return oStream;
     if (nFormat == eMailFormat)
         return MailFormat(oStream);
-    const SFields oFields(*this);
+    const SForm& oForm = FORMS.ao[nFormat];
+    const SFields oFields(*this, oForm.bFine);
     if (oFields.bNegative || !KorWritesPlainly(oStream, true)) {
         WriteRecord(oStream, oFields, m_aoFormatTable[nFormat]);
         return oStream;
     }
-    const SForm& oForm = FORMS.ao[nFormat];
     char acText[SForm::MAX_LENGTH];
     std::memcpy(acText, oForm.acText, SForm::MAX_LENGTH);
     PutDigits(acText, oForm, oFields);
@@ -202,7 +210,7 @@ std::ostream& CKorUTCTime::PutStream(std::ostream& oStream) const
 
 std::ostream& CKorUTCTime::MailFormat(std::ostream& oStream) const
 {
-    const SFields oFields(*this);
+    const SFields oFields(*this, false);
     return KorPutText(oStream, !oFields.bNegative,
                       [&oFields](auto& oText) { AddMailForm(oText, oFields); })
         .flush();
@@ -223,14 +231,14 @@ std::istream& CKorUTCTime::GetStream(std::istream& oStream)
 
 std::string CKorUTCTime::Time2Str(ETimeFormat eFormat) const
 {
-    const SFields oFields(*this);
-    if (IsKnown(eFormat) && !oFields.bNegative && KorNewStreamWritesPlainly() &&
-        !KorOverrides<&CKorUTCTime::PutStream>(*this))
-        return eFormat == eMailFormat ? MailText(oFields) : RecordText(oFields, FORMS.ao[eFormat]);
-    std::ostringstream oStream;
-    SetTimeFlag(oStream, eFormat);
-    oStream << *this;
-    return oStream.str();
+    if (IsKnown(eFormat) && KorNewStreamWritesPlainly() &&
+        !KorOverrides<&CKorUTCTime::PutStream>(*this)) {
+        const SForm& oForm = FORMS.ao[eFormat];
+        const SFields oFields(*this, oForm.bFine);
+        if (!oFields.bNegative)
+            return eFormat == eMailFormat ? MailText(oFields) : RecordText(oFields, oForm);
+    }
+    return StreamText(*this, eFormat);
 }
 
 void CKorUTCTime::SetDate(const std::string& strText, ETimeFormat eFormat)
