@@ -45,6 +45,8 @@ install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONE
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT Documentation
   FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png"
     PATTERN man EXCLUDE)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Documentation
+  PATTERN CMakeLists.txt EXCLUDE)
 
 if(tarvo_top_level)
   add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${PROJECT_SOURCE_DIR}/cmake/Uninstall.cmake

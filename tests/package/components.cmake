@@ -28,7 +28,8 @@ endif()
 
 install_component(Documentation)
 file(GLOB_RECURSE pages ${BINARY}/Documentation/*)
-if(NOT pages MATCHES "ini-format\\.md" OR pages MATCHES "\\.(h|so|cmake)(;|$)")
+if(NOT pages MATCHES "ini-format\\.md" OR NOT pages MATCHES "examples/format_time\\.cpp" OR
+    pages MATCHES "/include/|\\.(so|cmake)(;|$)")
   message(FATAL_ERROR "not the documentation: ${pages}")
 endif()
 
