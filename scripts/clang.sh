@@ -1,11 +1,11 @@
 #!/bin/bash
-# Builds the library and its programs with clang, whose thread-safety analysis checks that what a
+# Builds the library and its fuzzers with clang, whose thread-safety analysis checks that what a
 # mutex guards is used under that mutex only.
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-need_packages clang cmake ninja-build
+need_packages clang cmake libclang-rt-14-dev ninja-build
 need_cmake
-configure_and_build clang
+configure_and_build fuzz
 
 step "clang refuses a member that is used without its mutex"
 unguarded='#include "text/KorMutexBuffer.h"

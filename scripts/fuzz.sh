@@ -1,6 +1,7 @@
 #!/bin/bash
-# Fuzzes the parsers, each on its stored inputs and new ones. A find ends in status 1 and a file
-# build/fuzz/finds/TARGET-..., which the target's program takes as its argument.
+# Fuzzes the parsers, each on its stored inputs and new ones, as many at once as there are
+# processors. A find ends in status 1 and a file build/fuzz/finds/TARGET-..., which the target's
+# program takes as its argument.
 # usage: scripts/fuzz.sh [TARGET|all] [SECONDS]   (default: all targets, 10 seconds each)
 #
 # What is new in build/fuzz/corpus/TARGET joins the stored inputs by
@@ -49,8 +50,14 @@ export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
 step "Fuzzing, $seconds s each"
 printf '%-14s %12s %9s %7s %7s %8s\n' target executions per-s edges inputs slowest
-broken=()
+readonly at_once=$(nproc)
+running=()
 for target in $targets; do
-  fuzz "$target" "$seconds" || broken+=("$target")
+  [ ${#running[@]} -lt "$at_once" ] || wait "${running[-at_once]}" || true
+  fuzz "$target" "$seconds" &
+  running+=($!)
 done
-[ ${#broken[@]} -eq 0 ] || fail "finds in ${broken[*]}: see $found and build/fuzz/logs"
+for process in "${running[@]}"; do
+  wait "$process" || broken=yes
+done
+[ -z "${broken:-}" ] || fail "finds: see $found and build/fuzz/logs"
