@@ -214,6 +214,33 @@ TEST(KorEventHandle, RegularFilesAndTheNullDeviceAreAlwaysReady)
     }
 }
 
+TEST(KorEventHandle, SeveralThatAreAlwaysReadyMayGoInAnyOrder)
+{
+    Loop oLoop;
+    std::vector<int> vecHandles;
+    std::vector<int> vecTickets;
+    std::vector<int> vecTold;
+    for (int n = 0; n < 4; ++n) {
+        vecHandles.push_back(open("/dev/null", O_RDWR | O_CLOEXEC));
+        vecTickets.push_back(oLoop.WatchHandle(vecHandles.back(), Loop::EVENT_READABLE,
+                                               [&, n](unsigned int) { vecTold.push_back(n); }));
+    }
+    const auto fnCancel = [&](size_t nPlace) {
+        vecTold.clear();
+        return oLoop.Cancel(vecTickets[nPlace]) && oLoop.RunOnce(PATIENCE_MS);
+    };
+    EXPECT_TRUE(fnCancel(3));
+    EXPECT_EQ((std::vector<int>{0, 1, 2}), vecTold);
+    EXPECT_TRUE(fnCancel(1));
+    EXPECT_EQ((std::vector<int>{0, 2}), vecTold);
+    EXPECT_TRUE(fnCancel(0));
+    EXPECT_EQ((std::vector<int>{2}), vecTold);
+    EXPECT_TRUE(oLoop.Cancel(vecTickets[2]));
+    EXPECT_FALSE(oLoop.RunOnce(0));
+    for (const int hFile : vecHandles)
+        close(hFile);
+}
+
 TEST(KorEventHandle, WhatIsReadyStaysWhenTheRoundIsLeft)
 {
     constexpr size_t HANDLES = 100;

@@ -344,4 +344,19 @@ TEST(KorEventLoop, GoesOnInAForkedProcess)
     EXPECT_EQ(0, nEvents);
 }
 
+TEST(KorEventLoop, IsWokenUpInAForkedProcess)
+{
+    Loop oLoop;
+    ChildProcess oChild([&] {
+        std::thread oOther([&oLoop, nLoop = ThreadId()] {
+            WaitUntil([nLoop] { return IsAsleep(nLoop); });
+            oLoop.Post([&oLoop] { oLoop.Stop(11); });
+        });
+        const int nResult = oLoop.Run();
+        oOther.join();
+        return nResult;
+    });
+    EXPECT_EQ(11, oChild.Wait().nExitStatus);
+}
+
 } // namespace
