@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -99,6 +100,31 @@ TEST_F(KorSafeIniFile, AMissingFileHasNoOptionsAndIsMadeByTheFirstWrite)
     EXPECT_TRUE(m_oFile.UpdateOptions(true));
     EXPECT_EQ(0, m_oFile.GetLastError());
     EXPECT_EQ("[S]\nx=default\ny=default\n", Content());
+}
+
+TEST_F(KorSafeIniFile, WhatAnOperationTellsIsOfTheLastOneAlone)
+{
+    Texts vecNames;
+    const std::function<void()> aOperations[] = {
+        [&] { m_oFile.ReadOption("S", "x", ""); },
+        [&] { m_oFile.HasOption("S", "x"); },
+        [&] { m_oFile.ReadAllSections(vecNames); },
+        [&] { m_oFile.ReadAllSectionEntries("S", vecNames); },
+        [&] { m_oFile.WriteOption("S", "x", "1"); },
+        [&] { m_oFile.UpdateOptions(false); },
+    };
+    for (const auto& fnOperation : aOperations) {
+        Write("");
+        ASSERT_TRUE(m_oFile.WriteOption("S", "x", "1"));
+        ASSERT_TRUE(m_oFile.WasWritten());
+        fnOperation();
+        EXPECT_FALSE(m_oFile.WasWritten());
+        ASSERT_FALSE(m_oFile.WriteOption("S", "a=b", "1"));
+        ASSERT_EQ(1U, m_oFile.GetFindings().size());
+        fnOperation();
+        EXPECT_EQ(0, m_oFile.GetLastError());
+        EXPECT_TRUE(m_oFile.GetFindings().empty());
+    }
 }
 
 TEST_F(KorSafeIniFile, AFailedReadLeavesTheProgramAlone)

@@ -70,6 +70,18 @@ TEST_F(KorTypedOptions, NamesThatDifferInCaseAloneAreDifferentNames)
     EXPECT_EQ(3, nValue);
 }
 
+TEST_F(KorTypedOptions, TheDefaultOfAnEnumerationNeedsNoName)
+{
+    int nValue = 0;
+    const auto fnExchange = [&nValue](CKorIniOptionExchange* pExchange) {
+        return IOX_Enum(pExchange, "A", "x", nValue, 12345, {{"on", 1}, {"off", 2}});
+    };
+    EXPECT_TRUE(ReadFrom("", fnExchange));
+    EXPECT_EQ(12345, nValue);
+    EXPECT_FALSE(ReadFrom("[A]\nx=half\n", fnExchange));
+    EXPECT_EQ(12345, nValue);
+}
+
 TEST_F(KorTypedOptions, ATextThatTwoNamesAreAlikeIsNeither)
 {
     int nValue = 0;
