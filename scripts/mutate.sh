@@ -18,17 +18,15 @@ need_packages g++ cmake libgtest-dev ninja-build python3 rsync tzdata util-linux
 
 step "Building a copy of the tree"
 mkdir -p build/mutate
-rsync -a --delete --exclude=/build --exclude=.git ./ build/mutate/tree
-cd build/mutate/tree || exit
-# The library is optimised, so that edits without effect compile to the same code.
-try cmake -G Ninja -S . -B ../build -Wno-dev --log-level=WARNING -DCMAKE_BUILD_TYPE=Debug \
-  -DCMAKE_CXX_FLAGS_DEBUG=-O2 -DCMAKE_BUILD_RPATH="\$ORIGIN" -DTARVO_BUILD_TOOLS=OFF \
-  -DTARVO_BUILD_EXAMPLES=OFF -DTARVO_INSTALL=OFF
+rsync -a --delete --exclude=/build --exclude=.git ./ build/mutate
+cd build/mutate || exit
 tests=("${folders[@]/#/tests/}")
-try cmake --build ../build --target TarvoExt "${tests[@]/%//all}"
+try cmake --preset release -Wno-dev --log-level=WARNING -DCMAKE_BUILD_RPATH="\$ORIGIN" \
+  -DTARVO_BUILD_TOOLS=OFF -DTARVO_BUILD_EXAMPLES=OFF -DTARVO_INSTALL=OFF
+try cmake --build --preset release --target TarvoExt "${tests[@]/%//all}"
 poor=()
 for folder in "${folders[@]}"; do
   step "Editing $folder, $count times by seed $seed"
-  python3 -B scripts/mutate/run.py ../build "$folder" "$count" "$seed" || poor+=("$folder")
+  python3 -B scripts/mutate/run.py build/release "$folder" "$count" "$seed" || poor+=("$folder")
 done
 [ ${#poor[@]} -eq 0 ] || fail "less than 95 % caught in ${poor[*]}"

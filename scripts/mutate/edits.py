@@ -167,10 +167,13 @@ def begins_statement(source, i):
 
 
 def is_declaration(words):
-    """Whether a statement begins with a type and a name."""
+    """Whether a statement begins with a type and a name, or only names a variable."""
     text = " ".join(words)
-    return re.match(r"(:: )?\w+( :: \w+)*( < .*? >)?( const)?( [*&]+| &&)* ?\b\w+\b ?[=({;\[]",
-                    text) and not re.match(r"(:: )?\w+( :: \w+)* [=({;\[]", text)
+    if re.match(r"static_cast < void > \( \w+ \) ;", text):
+        return True
+    if re.match(r"(:: )?\w+( :: \w+)* [=({;\[]", text):
+        return False
+    return re.match(r"(:: )?\w+( :: \w+)*( < .*? >)?( const)?( [*&]+| &&)* ?\b\w+\b ?[=({;\[]", text)
 
 
 def end_of_statement(source, i):
