@@ -8,6 +8,7 @@
 #include "text/KorStringFunc.h"
 
 #include <fcntl.h>
+#include <new>
 #include <string_view>
 #include <typeinfo>
 
@@ -50,8 +51,13 @@ CKorIniOptionExchange::CKorIniOptionExchange()
 
 CKorIniOptionExchange::~CKorIniOptionExchange()
 {
-    if (m_bWriteBack && m_bModified)
+    if (!m_bWriteBack || !m_bModified)
+        return;
+    try {
         WriteIniOptions();
+    } catch (const std::bad_alloc&) {
+        // The text is made before the file is opened. What leaves a destructor ends the process.
+    }
 }
 
 bool CKorIniOptionExchange::IsCaseSensitiv() const

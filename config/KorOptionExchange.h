@@ -60,7 +60,7 @@ public:
     /// An empty document without a file, which compares names without regard to case.
     CKorIniOptionExchange();
 
-    /// Writes the file if that is due, see WriteIniOptions().
+    /// Writes the file if that is due, see WriteIniOptions(). Without memory it stays as it was.
     ~CKorIniOptionExchange() override;
 
     CKorIniOptionExchange(const CKorIniOptionExchange&) = delete;
