@@ -55,7 +55,7 @@ public:
         if (!bEnded)
             m_oChild.Stop(0);
         ReadRest();
-        return bEnded ? 0 : ETIMEDOUT;
+        return bEnded || m_nError != 0 ? m_nError : ETIMEDOUT;
     }
 
     std::string TakeOutput() { return std::move(m_strOutput); }
@@ -82,7 +82,7 @@ private:
                 Read(BUFFER_SIZE);
             if (aoPolls[2].revents != 0)
                 Write();
-        } while (!m_oTimeout.IsExpired());
+        } while (m_nError == 0 && !m_oTimeout.IsExpired());
         return false;
     }
 
@@ -94,7 +94,9 @@ private:
             m_strOutput.append(acBuffer, static_cast<size_t>(nRead));
             return static_cast<size_t>(nRead);
         }
-        if (nRead == 0 || errno != EINTR)
+        if (nRead == -1 && errno != EINTR)
+            m_nError = errno;
+        if (nRead == 0 || m_nError != 0)
             m_hOutput = -1;
         return 0;
     }
@@ -118,8 +120,10 @@ private:
                          std::min<size_t>(nLeft, PIPE_BUF));
         if (nWritten > 0)
             m_nWritten += static_cast<size_t>(nWritten);
-        const bool bFailed = nWritten == -1 && errno != EINTR;
-        if (bFailed || m_nWritten == m_pstrInput->size())
+        const bool bUnread = nWritten == -1 && errno == EPIPE;
+        if (nWritten == -1 && !bUnread && errno != EINTR)
+            m_nError = errno;
+        if (bUnread || m_nWritten == m_pstrInput->size())
             m_oChild.CloseInput();
     }
 
@@ -129,6 +133,7 @@ private:
     std::string m_strOutput;
     const CKorTimeout m_oTimeout;
     int m_hOutput = -1;
+    int m_nError = 0; ///< Why input or output was cut short.
 };
 
 } // namespace

@@ -32,13 +32,9 @@ private:
     sigset_t m_oFormer;
 };
 
-/// What the child reported. After a true vfork() it has executed the program or ended already, and
-/// nothing is waited for, even if another process has got hold of the other end; where vfork() is
-/// a fork(), in emulators and under sanitizers, the end of the pipe tells.
-int ReadError(int hReport, bool bNow)
+/// What the child reported, where vfork() is a fork(), in emulators and under sanitizers.
+int ReadError(int hReport)
 {
-    if (bNow)
-        fcntl(hReport, F_SETFL, O_NONBLOCK);
     int nError = 0;
     ssize_t nRead = 0;
     do
@@ -99,7 +95,8 @@ pid_t CKorSpawn::Run()
     if (nProcessID == -1)
         return -1;
     oWriter.Close();
-    const int nError = ReadError(oReader.Get(), m_bMemoryShared);
+    // After a true vfork() it has executed the program or ended already.
+    const int nError = m_nError != NOT_SHARED ? m_nError : ReadError(oReader.Get());
     if (nError == 0)
         return nProcessID;
     while (waitpid(nProcessID, nullptr, 0) == -1 && errno == EINTR) {
@@ -122,10 +119,11 @@ pid_t CKorSpawn::Fork(int hReport)
 
 void CKorSpawn::Become(int hReport)
 {
-    m_bMemoryShared = true;
+    m_nError = 0;
     if (SetUp(hReport))
         Execute();
     const int nError = errno;
+    m_nError = nError;
     const ssize_t nWritten = write(hReport, &nError, sizeof nError);
     _exit(nWritten == sizeof nError ? EXEC_FAILED : EXEC_FAILED + 1);
 }

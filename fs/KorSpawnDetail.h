@@ -23,6 +23,7 @@ public:
 
 private:
     static constexpr int INHERITED = -1;
+    static constexpr int NOT_SHARED = -1;
 
     bool PrepareArguments(const std::vector<std::string>& vecArguments);
     bool PrepareEnvironment(const SKorChildOptions& oOptions);
@@ -41,7 +42,8 @@ private:
     bool m_bNewGroup = false;
     bool m_bEndWithParent = false;
     pid_t m_nParent = 0;
-    volatile bool m_bMemoryShared = false; ///< Set by a child that runs in this memory.
+    /// What a child that runs in this memory failed with; 0 when it did not.
+    volatile int m_nError = NOT_SHARED;
 };
 
 /// Closes every descriptor from 3 on but one. Safe between fork and exec.

@@ -1,4 +1,5 @@
 #include "fs/KorChild.h"
+#include "tests/support/CallWatch.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Patience.h"
 
@@ -51,6 +52,23 @@ TEST(KorRunProgram, PutsTheOutputInPlaceOfTheInput)
     int nStatus = -2;
     EXPECT_TRUE(KorRunProgram({"sort"}, strText, strText, nStatus, PATIENCE_MS));
     EXPECT_EQ("a\nb\n", strText);
+}
+
+TEST(KorRunProgram, OutputThatCannotBeReadIsAFailure)
+{
+    const CallWatch oWatch([](const std::string& strCall) { return strCall == "read" ? EIO : 0; });
+    const Result oResult = Complete({"echo", "text"});
+    EXPECT_FALSE(oResult.bDone);
+    EXPECT_EQ(EIO, oResult.nError);
+    EXPECT_EQ(-1, oResult.nStatus);
+}
+
+TEST(KorRunProgram, InputThatCannotBeWrittenIsAFailure)
+{
+    const CallWatch oWatch([](const std::string& strCall) { return strCall == "write" ? EIO : 0; });
+    const Result oResult = CompleteWith("text", {"cat"});
+    EXPECT_FALSE(oResult.bDone);
+    EXPECT_EQ(EIO, oResult.nError);
 }
 
 TEST(KorRunProgram, TellsASignalAsTheShellDoes)
