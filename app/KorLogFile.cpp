@@ -1,6 +1,7 @@
 #include "app/KorLogSinkDetail.h"
 #include "app/KorOpenDetail.h"
 #include "config/KorTextValue.h"
+#include "fs/KorDescriptorDetail.h"
 #include "text/KorStringDetail.h"
 
 #include <cstdint>
@@ -20,14 +21,11 @@ int OpenLog(const std::string& strName, mode_t nMode)
 class CLogFile : public CKorLogStream
 {
 public:
-    CLogFile(std::string strName, int nHandle, unsigned long nMaxSize, unsigned int nKeep)
-        : CKorLogStream(nHandle),
-          m_strName(std::move(strName)),
-          m_nMaxSize(nMaxSize),
-          m_nKeep(nKeep)
+    CLogFile(std::string strName, unsigned long nMaxSize, unsigned int nKeep)
+        : CKorLogStream(-1), m_strName(std::move(strName)), m_nMaxSize(nMaxSize), m_nKeep(nKeep)
     {
     }
-    ~CLogFile() override { close(Handle()); }
+    ~CLogFile() override { const CKorDescriptor oClosed(Handle()); }
 
     bool Write(const CKorLogLine& oLine) override
     {
@@ -68,7 +66,7 @@ private:
     {
         if (nHandle == -1)
             return false;
-        close(Handle());
+        const CKorDescriptor oClosed(Handle());
         SetHandle(nHandle);
         return true;
     }
@@ -92,9 +90,8 @@ private:
 std::unique_ptr<CKorLogSink> KorLogToFile(const char* pszName, unsigned long nMaxSize,
                                           unsigned int nKeep)
 {
-    std::string strName = KorNameFromRoot(pszName);
-    const int nHandle = OpenLog(strName, MODE);
-    if (nHandle == -1)
-        return nullptr;
-    return std::make_unique<CLogFile>(std::move(strName), nHandle, nMaxSize, nKeep);
+    auto pFile = std::make_unique<CLogFile>(KorNameFromRoot(pszName), nMaxSize, nKeep);
+    if (!pFile->Reopen())
+        pFile.reset();
+    return pFile;
 }
