@@ -25,9 +25,12 @@ bool HasManager()
     return pszSocket != nullptr && *pszSocket != '\0';
 }
 
+/// Whoever cannot tell ends, since the one that waits, if it still does, goes on when it hears
+/// nothing.
 void Tell(int nNews, const SNews& oNews)
 {
-    static_cast<void>(write(nNews, &oNews, sizeof oNews) == sizeof oNews);
+    if (write(nNews, &oNews, sizeof oNews) != sizeof oNews && errno != EPIPE)
+        _exit(EXIT_FAILURE);
 }
 
 SNews Hear(int nNews)
