@@ -39,6 +39,13 @@ void SetAction(int nSignal, void (*pHandler)(int))
 
 void DoNothing(int) {}
 
+/// Whether the manager may be told later: its queue is full, or the system has no room just now.
+bool IsPassing(int nError)
+{
+    return nError == EAGAIN || nError == ENOBUFS || nError == ENOMEM || nError == EMFILE ||
+           nError == ENFILE;
+}
+
 } // namespace
 
 CKorDaemonApplication::CKorDaemonApplication(const char* pszIniFile, const char* pszApplName,
@@ -116,8 +123,8 @@ CKorOptionParser::EResult CKorDaemonApplication::TakeOptions(int argc, char** ar
 
 void CKorDaemonApplication::Run()
 {
-    if (!IsEndRequested())
-        m_oLoop.Run();
+    if (!IsEndRequested() && m_oLoop.Run() == -1 && !IsEndRequested())
+        RequestEnd(EXIT_FAILURE);
 }
 
 int CKorDaemonApplication::Finalize()
@@ -195,7 +202,7 @@ std::function<void()> CKorDaemonApplication::Step(void (*pfnStep)(CKorDaemonAppl
 void CKorDaemonApplication::TellReady()
 {
     constexpr unsigned int PAUSE_MS = 100;
-    if (!KorNotifyReady() && errno == EAGAIN) // its queue is full
+    if (!KorNotifyReady() && IsPassing(errno))
         m_oLoop.CallAfter(PAUSE_MS, Step([](CKorDaemonApplication& oThis) { oThis.TellReady(); }));
 }
 

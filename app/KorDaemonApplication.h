@@ -37,7 +37,8 @@
 /// signal interrupts are begun again, so a Run() of the program's own must not wait for ever.
 ///
 /// **The exit status** is 0. The first RequestEnd() with another one decides; signals never change
-/// it. Where Initialize() returned false without a RequestEnd() it is 1.
+/// it. Where Initialize() returned false without a RequestEnd() it is 1, and where the system keeps
+/// the loop from turning (the loop's Run() gave -1).
 ///
 /// **Other signals.** SIGHUP calls ReloadInd(). SIGPIPE is caught and does nothing (an ignored one
 /// would be inherited by programs that are started). SIGABRT and all other faults have their

@@ -14,7 +14,9 @@
 #include <memory>
 #include <signal.h>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -157,6 +159,24 @@ TEST(KorDaemonApplication, AnInitializeThatFailsIsStatusOne)
     EXPECT_EQ(1, Refusing(-1).Start(0, nullptr));
     EXPECT_EQ(0, Refusing(0).Start(0, nullptr));
     EXPECT_EQ(2, Refusing(2).Start(0, nullptr));
+}
+
+TEST(KorDaemonApplication, ALoopThatCannotTurnIsStatusOne)
+{
+    ChildProcess oChild([] {
+        PrintingDaemon oDaemon;
+        const pid_t nCopy = fork(); // where the loop needs handles of its own
+        if (nCopy == 0) {
+            const struct rlimit oNoMore = {3, 3};
+            setrlimit(RLIMIT_NOFILE, &oNoMore);
+            _exit(oDaemon.Start(0, nullptr));
+        }
+        int nStatus = 0;
+        waitpid(nCopy, &nStatus, 0);
+        return WEXITSTATUS(nStatus);
+    });
+    EXPECT_EQ(1, oChild.Wait().nExitStatus);
+    EXPECT_EQ("finalized ", oChild.Wait().strOut);
 }
 
 TEST(KorDaemonApplication, AnExceptionPassesThrough)
