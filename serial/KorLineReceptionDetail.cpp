@@ -131,6 +131,7 @@ int KorStartLineReception(const std::shared_ptr<CKorLineState>& pState,
     int nErrno = pReception->m_oWake.Open();
     if (nErrno != 0)
         return nErrno;
+    pState->m_oHeld.MakeRoom(CKorLineState::BLOCK); // the thread never needs more
     std::unique_ptr<SStart> pStart(new SStart{pState, pReception});
     pState->m_lstReceptions.push_back(pReception);
     {
