@@ -86,6 +86,7 @@ private:
 
     void Load()
     {
+        m_bLoaded = false; // until all is read: memory may run out
         m_strZone = Variable("TZ");
         m_strDirectory = Variable("TZDIR");
         m_strPath.clear();

@@ -38,9 +38,17 @@ int OpenRegularFile(const std::string& strPath)
     return -1;
 }
 
-/// Reads all of a file, up to a size that no zone has.
+/// Closes a file at the end of the scope.
+struct SClosing
+{
+    ~SClosing() { close(m_nFile); }
+    const int m_nFile;
+};
+
+/// Reads all of a file, up to a size that no zone has, and closes it.
 bool ReadAll(int nFile, std::string& strContent)
 {
+    const SClosing oClosing{nFile};
     constexpr std::size_t MAX_SIZE = 1 << 20;
     char aBuffer[4096];
     ssize_t nRead = 1;
@@ -80,9 +88,7 @@ EKorZoneSearch KorLoadZone(const std::string& strPath, const std::string& strRul
     const int nFile = OpenRegularFile(strPath);
     if (nFile >= 0) {
         std::string strContent;
-        const bool bRead = ReadAll(nFile, strContent);
-        close(nFile);
-        pZone = bRead ? KorReadZoneFile(strContent) : nullptr;
+        pZone = ReadAll(nFile, strContent) ? KorReadZoneFile(strContent) : nullptr;
     } else {
         CKorZoneRule oRule;
         if (!oRule.Parse(strRule))
