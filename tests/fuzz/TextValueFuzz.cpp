@@ -97,14 +97,13 @@ void CheckBool(std::string strText)
     ExpectEqual(bTrue, bRead, "yes");
 }
 
-/// Ticks in a number with a fraction, cut.
+/// Ticks in a number with a fraction of any length, cut.
 Wide Ticks(const std::string& strWhole, const std::string& strFraction, std::int64_t nUnit)
 {
-    const std::string strDigits = strFraction.substr(0, 15);
-    Wide nScale = 1;
-    for (std::size_t i = 0; i < strDigits.size(); ++i)
-        nScale *= 10;
-    return Number(strWhole, 10) * nUnit + Number(strDigits, 10) * nUnit / nScale;
+    Wide nFraction = 0;
+    for (auto it = strFraction.rbegin(); it != strFraction.rend(); ++it)
+        nFraction = ((*it - '0') * nUnit + nFraction) / 10;
+    return Number(strWhole, 10) * nUnit + nFraction;
 }
 
 bool ModelReadSpan(const std::string& strText, std::int64_t& rnTicks)
