@@ -26,18 +26,24 @@ bool IsEvent(int hFile)
     return readlink(szName, szTarget, sizeof szTarget - 1) > 0 && strstr(szTarget, "eventfd");
 }
 
+/// An empty name fails in every system.
+const char* KindOfOpen(const char* pszName)
+{
+    return *pszName != '\0' ? "open" : nullptr;
+}
+
 } // namespace
 
 extern "C" {
 
 int open(const char* pszName, int nFlags, unsigned int nMode)
 {
-    return Pass<int>("open", "open", pszName, nFlags, nMode);
+    return Pass<int>(KindOfOpen(pszName), "open", pszName, nFlags, nMode);
 }
 
 int open64(const char* pszName, int nFlags, unsigned int nMode)
 {
-    return Pass<int>("open", "open64", pszName, nFlags, nMode);
+    return Pass<int>(KindOfOpen(pszName), "open64", pszName, nFlags, nMode);
 }
 
 ssize_t read(int hFile, void* pBuffer, size_t nSize)

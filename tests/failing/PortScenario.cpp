@@ -25,6 +25,8 @@ public:
         Expect(oPort.close() == CKorSerial::SERIAL_OK, "a port is closed");
     }
 
+    bool MayTellInterruption() const override { return m_strFailing == "write"; }
+
     /// What the receive thread throws ends the process.
     bool MayAbort() const override { return m_strFailing == "memory"; }
 

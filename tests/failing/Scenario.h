@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <new>
 #include <string>
 #include <vector>
@@ -31,12 +32,19 @@ public:
 
     /// Whether the failure may end the process with SIGABRT, as documented.
     virtual bool MayAbort() const { return false; }
+    /// Whether an operation must not succeed in which the call failed.
+    virtual bool MustTell() const { return false; }
+    /// Whether a call that was interrupted may be told as a failure.
+    virtual bool MayTellInterruption() const { return false; }
 
     std::string m_strFailing; ///< The kind of call that fails in this run; may be empty.
+    int m_nError = 0;         ///< Its `errno`.
     bool m_bForGood = false;  ///< All calls after it fail as well.
     std::vector<std::string> m_vecComplaints;
 
 protected:
+    bool IsInterruption() const { return m_nError == EINTR; }
+
     /// A promise of the library.
     void Expect(bool bHolds, const char* pszPromise)
     {
@@ -52,9 +60,12 @@ protected:
     template <typename TOperation, typename TLook>
     bool Succeeds(const char* pszName, TOperation fnOperation, TLook fnLook)
     {
-        for (int nAttempt = m_strFailing.empty() ? 1 : 0; nAttempt < 2; ++nAttempt) {
-            if (IsDone(fnOperation))
+        for (int nAttempt = MayFail() ? 0 : 1; nAttempt < 2; ++nAttempt) {
+            const bool bFailedBefore = HasFailed();
+            if (IsDone(fnOperation)) {
+                Expect(bFailedBefore || !HasFailed() || !MustTell(), "a failure is told");
                 return true;
+            }
             const CBeside oBeside;
             fnLook();
         }
@@ -68,6 +79,14 @@ protected:
     }
 
 private:
+    /// Whether the call that is to fail in this run has come.
+    static bool HasFailed();
+
+    bool MayFail() const
+    {
+        return !m_strFailing.empty() && (!IsInterruption() || MayTellInterruption());
+    }
+
     template <typename TOperation>
     static bool IsDone(TOperation fnOperation)
     {

@@ -86,6 +86,7 @@ class CSafeSettings : public CSettings
 {
 public:
     using CSettings::CSettings;
+    bool MustTell() const override { return !IsInterruption(); }
     void Run() override
     {
         COptions<CKorSafeIniFile> oOptions(m_strFile);

@@ -205,6 +205,12 @@ CScenario* MakeScenario(const std::string& strName, const std::string& strDirect
     return nullptr;
 }
 
+bool CScenario::HasFailed()
+{
+    static const SFailCalls* const s_pCalls = Preloaded<SFailCalls* (*)()>("FailCalls")();
+    return s_pCalls->m_bArmed && s_pCalls->HasFailed();
+}
+
 int main(int argc, char** argv)
 {
     SFailCalls& oCalls = *Preloaded<SFailCalls* (*)()>("FailCalls")();
@@ -216,6 +222,7 @@ int main(int argc, char** argv)
     oCalls.m_nError = std::atoi(argv[4]);
     oCalls.m_bOn = std::strcmp(argv[5], "on") == 0;
     pScenario->m_strFailing = argv[3];
+    pScenario->m_nError = oCalls.m_nError;
     pScenario->m_bForGood = oCalls.m_bOn;
     RunUndisturbed(*pScenario);
     for (const std::string& strComplaint : pScenario->m_vecComplaints)
