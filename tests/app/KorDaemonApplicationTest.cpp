@@ -326,8 +326,13 @@ std::string NamesOf(const char* pszProgram)
         std::string m_strArguments;
     };
     Nameless oDaemon;
+    Arguments oAlone = {pszProgram};
+    EXPECT_EQ(0, oDaemon.Start(oAlone.Count(), oAlone.Vector()));
+    EXPECT_EQ("", oDaemon.GetCommandLine());
+    const std::string strNames = oDaemon.GetApplName() + " " + oDaemon.IniFile();
     Arguments oArguments = {pszProgram, "a", "b"};
     EXPECT_EQ(0, oDaemon.Start(oArguments.Count(), oArguments.Vector()));
+    EXPECT_EQ(strNames, oDaemon.GetApplName() + " " + oDaemon.IniFile());
     EXPECT_EQ("a b ", oDaemon.GetCommandLine());
     EXPECT_EQ(std::string(pszProgram) + ";a;b;", oDaemon.m_strArguments);
     return oDaemon.GetApplName() + " " + oDaemon.IniFile();

@@ -236,6 +236,19 @@ TEST(KorDaemonApplication, HandlersMayBeRemovedAndInstalledAgain)
     EXPECT_EQ(42, oChild.Wait().nExitStatus) << oChild.Wait().strOut;
 }
 
+TEST(KorDaemonApplication, AHandlerThatSomebodyKeptDoesNothingAnyMore)
+{
+    ChildProcess oChild([] {
+        PrintingDaemon oDaemon;
+        const auto fnKept = ActionOf(SIGTERM).sa_handler;
+        oDaemon.RemoveSignalHandlers();
+        fnKept(SIGTERM);
+        EXPECT_FALSE(oDaemon.IsEndRequested());
+        return testing::Test::HasFailure() ? 1 : 42;
+    });
+    EXPECT_EQ(42, oChild.Wait().nExitStatus) << oChild.Wait().strOut;
+}
+
 TEST(KorDaemonApplication, AForkedCopyIsNotEndedByASignal)
 {
     ChildProcess oChild([] {

@@ -247,6 +247,36 @@ TEST_F(KorOptionParser, TheHelpTellsEverything)
               m_oParser.GetText());
 }
 
+TEST_F(KorOptionParser, TheHelpTellsWhichArgumentsAreNeeded)
+{
+    int nCount = 0;
+    std::vector<int> vecNumbers;
+    P oParser(INFO);
+    oParser.AddArgument("COUNT", nCount, "how many");
+    oParser.AddArgument("NUMBER", vecNumbers, "numbers");
+    EXPECT_EQ(P::PARSE_DONE, Parse({"--help"}, oParser));
+    EXPECT_EQ(0U, oParser.GetText().find("Usage: gw [OPTION...] COUNT NUMBER...\n"))
+        << oParser.GetText();
+}
+
+TEST_F(KorOptionParser, ALongNameHasALineOfItsOwn)
+{
+    P oParser(INFO);
+    oParser.AddFlag("a-flag-whose-name-needs-a-whole-line", m_bVerbose, "and its text");
+    oParser.AddFlag("another-flag-whose-name-needs-a-line", m_bQuiet, "");
+    EXPECT_EQ(P::PARSE_DONE, Parse({"--help"}, oParser));
+    EXPECT_EQ("Usage: gw [OPTION...]\n"
+              "Meter gateway\n"
+              "\n"
+              "Options:\n"
+              "  --a-flag-whose-name-needs-a-whole-line\n"
+              "                                and its text\n"
+              "  --another-flag-whose-name-needs-a-line\n"
+              "  -h, --help                    show this help\n"
+              "      --version                 show the version\n",
+              oParser.GetText());
+}
+
 /// The help of a parser with long names and texts, as a program prints it on a terminal.
 std::string HelpOnATerminalOf(unsigned short nColumns)
 {
