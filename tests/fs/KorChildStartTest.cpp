@@ -34,6 +34,7 @@ TEST(KorChildStart, TellsWhyAProgramCannotBeStarted)
     const Variable oPath("PATH", oDir.Path() + ":/no/such/folder");
     EXPECT_EQ(EACCES, ErrorOf({"plain"}));
     EXPECT_EQ(ENOENT, ErrorOf({"other"}));
+    EXPECT_EQ(ENOEXEC, ErrorOf({"garbage"})) << "the search ends where a program was found";
 }
 
 TEST(KorChildStart, TellsWhyAWorkingDirectoryCannotBeUsed)

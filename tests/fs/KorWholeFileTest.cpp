@@ -137,6 +137,18 @@ TEST_F(KorWholeFile, MakesTheTargetOfALinkThatLeadsNowhere)
     EXPECT_TRUE(std::filesystem::is_symlink(m_strFile));
 }
 
+TEST_F(KorWholeFile, FollowsAlmostAsManyLinksAsTheSystem)
+{
+    constexpr int LINKS = 39;
+    const auto fnName = [this](int n) { return m_oDir.File("link" + std::to_string(n)); };
+    WriteFile(fnName(LINKS), "old");
+    for (int n = 0; n < LINKS; ++n)
+        ASSERT_EQ(0, symlink(fnName(n + 1).c_str(), fnName(n).c_str()));
+    EXPECT_EQ(0, Replace(fnName(0), "new"));
+    EXPECT_EQ("new", ReadFile(fnName(LINKS)));
+    EXPECT_FALSE(std::filesystem::is_symlink(fnName(LINKS)));
+}
+
 TEST_F(KorWholeFile, RefusesLinksThatLeadToThemselves)
 {
     ASSERT_EQ(0, symlink("other", m_strFile.c_str()));
