@@ -198,7 +198,7 @@ class Run:
             if time.monotonic() >= sample:
                 self.samples.take(self.offset)
                 self.look_at_clock()
-                sample += 1
+                sample = max(sample + 1, time.monotonic() + 0.5)
             if self._later and self._later[0][0] <= time.monotonic():
                 _, _, action, arguments = heapq.heappop(self._later)
                 action(*arguments)

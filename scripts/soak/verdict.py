@@ -44,7 +44,7 @@ def of_process(run, facts):
            f"{max(row[4] for row in rows)} at most; threads: {max(before[1])}, {min(after[1])}, "
            f"{max(row[5] for row in rows)}")
     all_rows = [row for row in run.samples.rows if row[1] == run.samples.process]
-    wakeups = sum(row[6] for row in all_rows) / max(1, facts["polls"])
+    wakeups = run.samples.wakeups / max(1, facts["polls"])
     yield ("Wake-ups are bounded", wakeups <= MAX_WAKEUPS,
            f"{wakeups:.1f} for each of {facts['polls']} polls, "
            f"{max(row[6] for row in all_rows):.0f} a second at most; processor "

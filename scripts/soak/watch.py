@@ -65,7 +65,7 @@ class Samples:
     def __init__(self, file, account):
         self.rows, self._file, self._account = [], file, account
         self.begun = time.monotonic()
-        self.process = 0
+        self.process = self.wakeups = 0  # number and wake-ups of the present process
         self._pid = self._before = None
         print(self.HEADER, file=file)
 
@@ -76,6 +76,7 @@ class Samples:
         """From now on another process is looked at."""
         self._pid, self._before = pid, None
         self.process += 1
+        self.wakeups = 0
 
     def _threads(self):
         """Of each thread how often it waited, and its processor time in ms."""
@@ -105,6 +106,7 @@ class Samples:
         seconds = now[0] - before[0]
         wakeups, cpu = (sum(figures[n] - before[1].get(thread, (0, 0))[n]
                             for thread, figures in now[1].items()) for n in (0, 1))
+        self.wakeups += wakeups
         row = (now[0], self.process, memory["Rss"],
                memory["Private_Clean"] + memory["Private_Dirty"], *self.handles(),
                wakeups / seconds, cpu / seconds, (now[2] - before[2]) / seconds, offset)
