@@ -1,10 +1,12 @@
 #include "serial/KorSerialLine.h"
 
+#include "tests/serial/LineListener.h"
 #include "tests/serial/LineOptions.h"
 #include "tests/support/CallWatch.h"
 
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <linux/serial.h>
 #include <sys/ioctl.h>
 #include <termios.h>
@@ -13,6 +15,7 @@
 // modem lines, no RS-485, no latency, no hardware.
 
 extern bool (*g_pfnDriver)(unsigned int nRequest, void* pArgument, int& rnResult);
+extern int (*g_pDecideOnCall)(const char* pszCall); // of the calls for files
 
 namespace
 {
@@ -31,6 +34,12 @@ struct Driver
 };
 
 Driver g_oDriver;
+std::atomic<bool> g_bRefused{false};
+
+bool IsMainThread()
+{
+    return ThreadId() == getpid();
+}
 
 template <typename TValue>
 bool Get(void* pArgument, const TValue& oValue)
@@ -234,6 +243,27 @@ TEST_F(KorSerialLineDriver, OpensAlsoWhenASignalComesInBetween)
     });
     EXPECT_EQ(0, m_oLine.Open(m_oPeer.Name()));
     EXPECT_EQ(2, nOpened);
+}
+
+/// The first read of another thread finds nothing.
+int RefuseARead(const char* pszCall)
+{
+    const bool bRefused =
+        !IsMainThread() && std::strcmp(pszCall, "read") == 0 && !g_bRefused.exchange(true);
+    return bRefused ? EAGAIN : 0;
+}
+
+TEST_F(KorSerialLineDriver, InputThatIsGoneAgainIsNoHangUpOfTheReception)
+{
+    Listener oListener;
+    ASSERT_EQ(0, m_oLine.Open(m_oPeer.Name()));
+    const auto pfnFormer = std::exchange(g_pDecideOnCall, RefuseARead);
+    EXPECT_EQ(0, m_oLine.StartReception(oListener.Data(), oListener.Hangup()));
+    m_oPeer.Send("x");
+    EXPECT_EQ("x", oListener.Await(1));
+    m_oLine.Close();
+    g_pDecideOnCall = pfnFormer;
+    EXPECT_TRUE(g_bRefused);
 }
 
 TEST_F(KorSerialLineDriver, DropsNoExclusiveModeThatBecameSomebodyElses)

@@ -129,20 +129,6 @@ TEST(KorSerialLineReception, CancelDoesNotEndIt)
     EXPECT_EQ("x", oListener.Await(1));
 }
 
-TEST(KorSerialLineReception, InputThatIsDiscardedInBetweenIsNoHangUp)
-{
-    TestLine oTest;
-    Listener oListener;
-    ASSERT_EQ(DONE, Told(oTest.m_oLine,
-                         oTest.m_oLine.StartReception(oListener.Data(), oListener.Hangup())));
-    for (int i = 0; i < 2000; ++i) {
-        oTest.m_oPeer.Send("x");
-        oTest.m_oLine.DiscardInput();
-    }
-    EXPECT_FALSE(oTest.m_oLine.IsHungUp());
-    EXPECT_EQ(std::string::npos, oListener.Await(0).find('['));
-}
-
 TEST(KorSerialLineReception, StopLeavesWhatWasNotHandedOn)
 {
     TestLine oTest;
