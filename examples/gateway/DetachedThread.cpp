@@ -1,6 +1,7 @@
 #include "DetachedThread.h"
 
 #include <memory>
+#include <new>
 #include <pthread.h>
 #include <utility>
 
@@ -19,9 +20,10 @@ void* RunMain(void* pMain)
 
 bool RunDetached(std::function<void()> fnMain)
 {
-    auto pMain = std::make_unique<std::function<void()>>(std::move(fnMain));
+    const auto pNew = new (std::nothrow) std::function<void()>(std::move(fnMain));
+    std::unique_ptr<std::function<void()>> pMain(pNew);
     pthread_t oThread;
-    if (pthread_create(&oThread, nullptr, RunMain, pMain.get()) != 0)
+    if (pMain == nullptr || pthread_create(&oThread, nullptr, RunMain, pMain.get()) != 0)
         return false;
     static_cast<void>(pMain.release()); // it is the thread's now
     pthread_detach(oThread);

@@ -120,8 +120,12 @@ bool Journal::Append(const JournalRecord& oRecord)
     if ((bWrap || m_deqIndex.empty() || m_strUnwritten.size() > MAX_UNWRITTEN) && !Write())
         return false;
     MakeRoom(nSize);
-    m_strUnwritten += EncodeJournalRecord(m_nEnd, oRecord.m_nSequence, oRecord.m_strContent);
+    // Where memory ends, neither has the record.
+    const std::string strRecord =
+        EncodeJournalRecord(m_nEnd, oRecord.m_nSequence, oRecord.m_strContent);
+    m_strUnwritten.reserve(m_strUnwritten.size() + strRecord.size());
     m_deqIndex.push_back({oRecord.m_nSequence, m_nEnd, nSize});
+    m_strUnwritten += strRecord;
     m_nEnd += nSize;
     m_nNewest = oRecord.m_nSequence;
     return true;

@@ -11,6 +11,7 @@ CScenario* MakePort(const std::string& strDirectory);
 CScenario* MakeDaemon(const std::string& strDirectory);
 CScenario* MakeDetach(const std::string& strDirectory);
 CScenario* MakeLoop(const std::string& strDirectory);
+CScenario* MakeStore(const std::string& strDirectory);
 CScenario* MakeChild(const std::string& strDirectory);
 CScenario* MakeLog(const std::string& strDirectory);
 CScenario* MakeZone(const std::string& strDirectory);

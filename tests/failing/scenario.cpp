@@ -197,6 +197,7 @@ CScenario* MakeScenario(const std::string& strName, const std::string& strDirect
                                         {"detach", MakeDetach},
                                         {"child", MakeChild},
                                         {"log", MakeLog},
+                                        {"store", MakeStore},
                                         {"zone", MakeZone}};
     for (const SMaker& oMaker : MAKERS) {
         if (strName == oMaker.pszName)
