@@ -8,10 +8,12 @@
 #include <atomic>
 #include <cerrno>
 #include <memory>
+#include <pthread.h>
 #include <signal.h>
 #include <stdexcept>
 #include <thread>
 #include <type_traits>
+#include <unistd.h>
 #include <vector>
 
 namespace
@@ -245,6 +247,28 @@ TEST(KorEventLoop, LetsExceptionsPassAndGoesOnWithWhatIsLeft)
     EXPECT_THROW(oLoop.Run(), std::runtime_error);
     EXPECT_EQ(1, nPosted);
     EXPECT_EQ(9, oLoop.Run());
+}
+
+/// Catches what a call throws, and then waits with an object that a cancellation has to destroy.
+void* CatchAndWait(void*)
+{
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+    Loop oLoop;
+    oLoop.Post([] { throw std::runtime_error("thrown"); });
+    EXPECT_THROW(oLoop.Run(), std::runtime_error);
+    pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
+    for (;;)
+        pause();
+}
+
+TEST(KorEventLoop, AThreadThatCaughtWhatACallThrewCanStillBeCancelled)
+{
+    pthread_t hThread;
+    ASSERT_EQ(0, pthread_create(&hThread, nullptr, CatchAndWait, nullptr));
+    ASSERT_EQ(0, pthread_cancel(hThread));
+    void* pResult = nullptr;
+    ASSERT_EQ(0, pthread_join(hThread, &pResult));
+    EXPECT_EQ(PTHREAD_CANCELED, pResult);
 }
 
 TEST(KorEventLoop, ReleasesWhatAHandlerHoldsAfterItReturned)
