@@ -16,6 +16,12 @@ timespec g_oNow = {};
 timespec g_oDeadline = {};
 clockid_t g_nClock = -1;
 std::function<void()> g_fnWait;
+pthread_mutex_t* g_pGuard = nullptr; // of the mutex that is waited for
+
+bool IsGuarded()
+{
+    return pthread_mutex_trylock(g_pGuard) == EBUSY;
+}
 
 } // namespace
 
@@ -34,9 +40,17 @@ extern "C" int pthread_cond_timedwait(pthread_cond_t*, pthread_mutex_t*, const t
 
 extern "C" int pthread_cond_wait(pthread_cond_t*, pthread_mutex_t* pGuard)
 {
+    g_pGuard = pGuard;
+    EXPECT_TRUE(IsGuarded());
     pthread_mutex_unlock(pGuard);
     g_fnWait();
     return pthread_mutex_lock(pGuard);
+}
+
+extern "C" int pthread_cond_signal(pthread_cond_t*) noexcept
+{
+    EXPECT_TRUE(IsGuarded()) << "a thread that has just found the mutex held would not be woken";
+    return 0;
 }
 
 namespace

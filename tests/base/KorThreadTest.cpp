@@ -48,6 +48,8 @@ TEST(KorThread, ReportsStateThreeBeforeItsFirstStart)
 {
     const CKorThread oThread(0);
     EXPECT_EQ(3, oThread.GetState());
+    EXPECT_EQ(1, CKorThread::THREAD_STARTING);
+    EXPECT_EQ(2, CKorThread::THREAD_RUNNING);
     EXPECT_EQ(3, CKorThread::THREAD_ENDED);
     EXPECT_FALSE(oThread.IsTerminationRequested());
 }
