@@ -176,7 +176,7 @@ TEST_F(KorSerialLineDriver, TellsTheDriverOfTwoWiresAndGivesBackWhatItHad)
 TEST_F(KorSerialLineDriver, AsksForLowLatencyAndGivesBackWhatTheLineHad)
 {
     for (const int nBefore : {0, static_cast<int>(ASYNC_LOW_LATENCY)}) {
-        g_oDriver.oSerial.flags = ASYNC_SKIP_TEST | nBefore;
+        g_oDriver.oSerial.flags = static_cast<int>(ASYNC_SKIP_TEST) | nBefore;
         ASSERT_EQ(0, m_oLine.Open(m_oPeer.Name()));
         EXPECT_EQ(0, m_oLine.SetLowLatency(true));
         EXPECT_EQ(static_cast<int>(ASYNC_SKIP_TEST | ASYNC_LOW_LATENCY), g_oDriver.oSerial.flags);
