@@ -57,7 +57,7 @@ void Put(std::string* pstrOutput, std::string_view strPart)
         pstrOutput->assign(strPart);
     } else { // cheaper, and most outputs are used again
         strPart.copy(pstrOutput->data(), strPart.size());
-        pstrOutput->resize(strPart.size());
+        pstrOutput->erase(strPart.size());
     }
 }
 
