@@ -26,6 +26,7 @@ public:
     }
     void Prepare() override
     {
+        m_nThreads = EntriesOf("/proc/self/task");
         Empty(m_strDirectory);
         std::filesystem::create_directory(m_strDirectory + "/disk");
         // What stays for the life of a process: the zone of the log, the stacks of threads.
@@ -45,8 +46,8 @@ public:
         }
         const CBeside oBeside;
         StartAgain();
-        // What syncs aside ends by itself.
-        WaitUntil([] { return EntriesOf("/proc/self/task") == 1; });
+        // What syncs aside ends by itself; an emulator has threads of its own.
+        WaitUntil([this] { return EntriesOf("/proc/self/task") <= m_nThreads; });
     }
 
 private:
@@ -108,6 +109,7 @@ private:
     unsigned int m_nTaken = 0;
     std::uint64_t m_nTold = 0;
     bool m_bClosed = false;
+    std::ptrdiff_t m_nThreads = 0;
 };
 
 } // namespace
