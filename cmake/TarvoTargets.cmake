@@ -48,15 +48,14 @@ endfunction()
 
 # tarvo_optimise_as_one_piece(<target>)
 # Lets the smallest build of a shared library be optimised at link time: it is a twentieth smaller.
-# The sources have the C library's times in both widths (see time/KorSystemClock.cpp), of which GCC
-# would remark that one name stands for two types.
+# GCC notes then that timeval and timespec stand for two types each: wanted, some sources have times
+# of 64 bits (see time/KorSystemClock.cpp) and hand them on in types of their own.
 function(tarvo_optimise_as_one_piece target)
   if(NOT BUILD_SHARED_LIBS OR NOT CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
     return()
   endif()
   check_ipo_supported(RESULT has_lto OUTPUT reason LANGUAGES CXX)
   set_property(TARGET ${target} PROPERTY INTERPROCEDURAL_OPTIMIZATION ${has_lto})
-  target_link_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-odr>)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
     target_sources(${target} PRIVATE ${tarvo_unwind_resume})
     set_source_files_properties(${tarvo_unwind_resume} PROPERTIES COMPILE_OPTIONS -fno-lto)
