@@ -206,8 +206,13 @@ TEST(KorDaemonDetach, ASignalToTheOneThatLeavesEndsTheOneThatStays)
     WriteFile(strFile, "");
     ChildProcess oChild([&strFile] {
         Detaching oDaemon(strFile);
-        // The first process waits to leave when its copy begins.
-        pthread_atfork(nullptr, nullptr, [] { kill(getppid(), SIGTERM); });
+        // The first process waits to leave when its copy begins. No other one gets the signal: the
+        // parent of a later copy may be init, which would end the system.
+        static const pid_t nFirst = getpid();
+        pthread_atfork(nullptr, nullptr, [] {
+            if (getppid() == nFirst)
+                kill(nFirst, SIGTERM);
+        });
         return oDaemon.Start(0, nullptr);
     });
     EXPECT_EQ(0, oChild.Wait().nExitStatus);
