@@ -49,9 +49,11 @@ endfunction()
 # tarvo_optimise_as_one_piece(<target>)
 # Lets the smallest build of a shared library be optimised at link time: it is a twentieth smaller.
 # GCC notes then that timeval and timespec stand for two types each: wanted, some sources have times
-# of 64 bits (see time/KorSystemClock.cpp) and hand them on in types of their own.
+# of 64 bits (see time/KorSystemClock.cpp) and hand them on in types of their own. A C++ runtime that
+# is linked in as well would get KorUnwindResume.cpp for a function of its own.
 function(tarvo_optimise_as_one_piece target)
-  if(NOT BUILD_SHARED_LIBS OR NOT CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
+  if(NOT BUILD_SHARED_LIBS OR NOT CMAKE_BUILD_TYPE STREQUAL "MinSizeRel" OR
+      "${CMAKE_CXX_FLAGS} ${CMAKE_SHARED_LINKER_FLAGS}" MATCHES "-static-libstdc\\+\\+")
     return()
   endif()
   check_ipo_supported(RESULT has_lto OUTPUT reason LANGUAGES CXX)
