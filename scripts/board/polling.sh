@@ -27,7 +27,7 @@ boot_gateway() {
   begin_run
   start_meter "$2"
   start_form "board=gateway polls=$1"
-  wait_for_console '"seq":'
+  wait_for_console 'board: first reading'
   first_reading=$(seconds_since_start)
   wait_for_end 600
   end_meter
@@ -53,7 +53,7 @@ check_polling() {
 
 check_shutdown() {
   expect "init's stop ended the gateway" \
-    "$(sed '1,/Stopping gateway/d' "$run/console" | grep -ac '^OK')" -eq 1
+    "$(grep -ac 'Stopping gateway: OK' "$run/console")" -eq 1
   [ -e "$room/disk.img" ] || return 0
   expect "the disk was unmounted" "$(grep -ac 'board: disk unmounted' "$run/console")" -eq 1
   try e2fsck -fn "$room/disk.img" >/dev/null 2>&1
