@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <ctime>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -95,6 +96,31 @@ TEST_F(KorLogSyslog, GetsLevelTimeNameAndProcess)
     EXPECT_TRUE(std::regex_match(strMessage, oFormat)) << strMessage;
     m_oLog.Write(CKorLog::LEVEL_ERROR, "text");
     EXPECT_EQ("<27>", oSyslog.Receive().substr(0, 4));
+}
+
+std::string WhatClocksShow()
+{
+    timespec oClock = {}; // time() is some milliseconds late
+    std::tm oNow = {};
+    char acText[32] = "";
+    clock_gettime(CLOCK_REALTIME, &oClock);
+    localtime_r(&oClock.tv_sec, &oNow);
+    std::strftime(acText, sizeof acText, "%b %e %H:%M:%S", &oNow);
+    return acText;
+}
+
+TEST_F(KorLogSyslog, GetsTheTimeThatClocksShow)
+{
+    const Syslog oSyslog;
+    ASSERT_TRUE(m_oLog.UseSyslog("gateway"));
+    std::string strBefore;
+    std::string strTime;
+    do {
+        strBefore = WhatClocksShow();
+        m_oLog.Write(CKorLog::LEVEL_WARNING, "text");
+        strTime = oSyslog.Receive().substr(4, 15);
+    } while (strBefore != WhatClocksShow());
+    EXPECT_EQ(strBefore, strTime);
 }
 
 TEST_F(KorLogSyslog, TheProgramFileNamesAProgramWithoutAName)
