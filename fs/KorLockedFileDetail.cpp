@@ -31,7 +31,7 @@ std::string DirectoryOf(const std::string& strPath)
 /// Follows the symbolic links that a path ends in, to a target that need not exist.
 bool ResolveLinks(std::string& rstrPath)
 {
-    for (int i = 0; i < MAX_LINKS; ++i) {
+    for (int i = 0; i <= MAX_LINKS; ++i) {
         char acTarget[PATH_MAX];
         const ssize_t nLength = readlink(rstrPath.c_str(), acTarget, sizeof acTarget);
         if (nLength == -1)
