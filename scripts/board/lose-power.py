@@ -12,22 +12,20 @@ import random
 import struct
 import sys
 
-MAGIC, SECTOR, FLUSH, DISCARD = 0x6A736677736872, 512, 1, 4
+SECTOR, FLUSH, DISCARD = 512, 1, 4
 
 
 def read_log(log):
-    """The entries: a first sector and bytes, or None for a flush."""
-    magic, _, _, size = struct.unpack("<QQQI", log.read(28))
-    if magic != MAGIC:
-        sys.exit(f"lose-power.py: {log.name} is no log")
-    log.seek(size)
-    while len(header := log.read(size)) == size:
+    """The entries: a first sector and bytes, or None for a flush. What stands in front of them is
+    written at a flush only, so that there may be nothing."""
+    log.seek(SECTOR)
+    while len(header := log.read(SECTOR)) == SECTOR:
         first, sectors, flags, _ = struct.unpack("<QQQQ", header[:32])
         if flags & FLUSH:
             yield None
         if sectors:
-            data = b"" if flags & DISCARD else log.read(sectors * size)
-            yield first * size, data
+            data = b"" if flags & DISCARD else log.read(sectors * SECTOR)
+            yield first * SECTOR, data
         elif not flags:
             return
 
