@@ -77,9 +77,11 @@ TEST(KorChildLoad, StartsFromFourThreadsAtOnceDoNotMeet)
 bool ForgetNewSystemCalls()
 {
     constexpr unsigned int FIRST_NEW = 424;
+    constexpr unsigned int FIRST_OF_ARM = 0xF0000; // without them no program of 32-bit ARM starts
     sock_filter aoFilter[] = {
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JGE | BPF_K, FIRST_NEW, 0, 1),
+        BPF_JUMP(BPF_JMP | BPF_JGE | BPF_K, FIRST_NEW, 0, 2),
+        BPF_JUMP(BPF_JMP | BPF_JGE | BPF_K, FIRST_OF_ARM, 1, 0),
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
     };

@@ -213,7 +213,7 @@ TEST(KorChildStreams, NothingIsReadFromAndWrittenToTheNullDevice)
     oOptions.m_eInput = Options::STREAM_NULL;
     oOptions.m_eError = Options::STREAM_NULL;
     EXPECT_EQ("/dev/null\n/dev/null\n",
-              OutputOf(Shell("cat; readlink /proc/$$/fd/0 /proc/$$/fd/2"), oOptions));
+              OutputOf(Shell("cat; readlink /proc/$$/fd/0; readlink /proc/$$/fd/2"), oOptions));
 }
 
 TEST(KorChildStreams, AreInheritedAlsoWhenExecutionClosesThem)
