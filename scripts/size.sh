@@ -2,8 +2,8 @@
 # What the libraries and the example gateway cost on 32-bit ARM: a table, and a failure when a
 # budget is passed.
 # usage: scripts/size.sh [--update] [TARGET...]
-#   TARGETs are those of scripts/test-arm.sh, armhf being the default; --update measures the four
-#   of them that differ in size and writes the table into docs/size.md
+#   TARGETs are those of scripts/test-arm.sh, armhf being the default; --update writes the table into
+#   docs/size.md, by default that of the four targets that differ in size
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 . scripts/arm/targets.sh
 
@@ -97,7 +97,7 @@ update=
 if [ "${1:-}" = --update ]; then
   update=yes
   shift
-  set -- armhf armel musl-armhf musl-armel
+  [ $# -gt 0 ] || set -- armhf armel musl-armhf musl-armel
 fi
 [ $# -gt 0 ] || set -- armhf
 for target; do

@@ -51,12 +51,12 @@ TEST(KorEventTimer, CallsInTheOrderOfTheTimes)
 {
     Loop oLoop;
     std::vector<int> vecOrder;
-    for (const int nTime : {4, 1, 3, 1, 2, 4})
+    for (const int nTime : {40, 10, 30, 10, 20, 40})
         oLoop.CallAfter(static_cast<unsigned int>(nTime),
                         [&vecOrder, nTime] { vecOrder.push_back(nTime); });
-    SleepMs(10);
+    SleepMs(100);
     EXPECT_TRUE(oLoop.RunOnce(0));
-    EXPECT_EQ((std::vector<int>{1, 1, 2, 3, 4, 4}), vecOrder);
+    EXPECT_EQ((std::vector<int>{10, 10, 20, 30, 40, 40}), vecOrder);
 }
 
 TEST(KorEventTimer, RepeatsUntilItIsCancelled)

@@ -166,7 +166,7 @@ TEST(KorProcessSpawn, RunsNoExitHandlerOfTheCallerInAChildThatCouldNotStart)
 {
     ChildProcess oCaller([] {
         std::atexit(PrintFarewell);
-        std::fputs("buffered\n", stdout);
+        std::fputs("buffered", stdout); // no whole line, for a terminal takes that at once
         const char* apszArgs[] = {"no-such-program", nullptr};
         CKorProcess::Spawn("/no/such/program", apszArgs);
         return ExitStatusOfChild() == 255 ? 3 : 4;
@@ -175,9 +175,9 @@ TEST(KorProcessSpawn, RunsNoExitHandlerOfTheCallerInAChildThatCouldNotStart)
     EXPECT_EQ(3, oResult.nExitStatus);
 #ifdef __SANITIZE_THREAD__
     // The sanitizer puts a _exit of its own in place, which writes out buffered text.
-    EXPECT_EQ("buffered\nbye!\nbuffered\n", oResult.strOut);
+    EXPECT_EQ("bufferedbye!\nbuffered", oResult.strOut);
 #else
-    EXPECT_EQ("bye!\nbuffered\n", oResult.strOut) << "each line once";
+    EXPECT_EQ("bye!\nbuffered", oResult.strOut) << "each once";
 #endif
 }
 
