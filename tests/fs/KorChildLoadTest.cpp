@@ -19,17 +19,25 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
+
+/// Whether an operation said that there is no such program.
+bool IsRefused(bool bDone)
+{
+    const int nError = std::exchange(errno, 0);
+    return !bDone && nError == ESRCH;
+}
 
 TEST(KorChildFork, TheProgramsChildIsNotTheForkedProcesss)
 {
     auto pChild = std::make_unique<CKorChild>();
     ASSERT_TRUE(pChild->Start({"sleep", "1000"}));
     ChildProcess oForked([&] {
-        const bool bLeft = !pChild->IsRunning() && !pChild->Signal(SIGKILL) && !pChild->Stop(0) &&
-                           !pChild->Wait(0xFFFFFFFF);
+        const bool bLeft = !pChild->IsRunning() && IsRefused(pChild->Signal(SIGKILL)) &&
+                           IsRefused(pChild->Stop(0)) && IsRefused(pChild->Wait(0xFFFFFFFF));
         pChild.reset();
         return bLeft ? 0 : 1;
     });

@@ -76,8 +76,12 @@ TEST(KorChild, BeforeAStartNothingRunsAndNothingIsWaitedFor)
     EXPECT_FALSE(oChild.IsRunning());
     EXPECT_FALSE(oChild.Wait(0xFFFFFFFF));
     EXPECT_EQ(ESRCH, oChild.GetLastError());
+    errno = 0;
     EXPECT_FALSE(oChild.Signal(0));
+    EXPECT_EQ(ESRCH, errno);
+    errno = 0;
     EXPECT_FALSE(oChild.Stop(0));
+    EXPECT_EQ(ESRCH, errno);
     EXPECT_EQ(-1, oChild.GetExitStatus());
     EXPECT_EQ(-1, oChild.GetInputHandle());
     EXPECT_EQ(-1, oChild.GetOutputHandle());
