@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
 #include <random>
@@ -20,6 +21,7 @@
 #include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -100,6 +102,22 @@ TEST_F(KorWholeFileFault, AReadThatFailsHalfwayLeavesTheText)
     EXPECT_FALSE(KorReadFile(m_strFile.c_str(), strRead));
     EXPECT_EQ(EIO, errno);
     EXPECT_EQ("before", strRead);
+}
+
+TEST_F(KorWholeFileFault, AFileThatGrowsMeanwhileIsReadToItsNewEnd)
+{
+    const std::string strOld(5000, 'a');
+    const std::string strMore(100000, 'b');
+    WriteFile(m_strFile, strOld);
+    bool bGrown = false;
+    const CallWatch oWatch([&](const std::string& strCall) {
+        if (strCall == "read" && !std::exchange(bGrown, true))
+            std::ofstream(m_strFile, std::ios::app) << strMore;
+        return 0;
+    });
+    std::string strRead;
+    EXPECT_TRUE(KorReadFile(m_strFile.c_str(), strRead));
+    EXPECT_TRUE(strRead == strOld + strMore) << strRead.size();
 }
 
 TEST_F(KorWholeFileFault, AKilledWriterLeavesAWholeFileAndNothingThatStays)
