@@ -70,7 +70,7 @@ show_library_tests() {
   need_packages tzdata
   prepare glibc "${TESTS[@]}" progdir
   make_tests_board
-  show_tests '-*Peer*:*Python*:*ManagersOwnProgram:*SearchesThePathAndPassesEveryArgument'
+  show_tests '-*Peer*:*Python*:*SearchesThePathAndPassesEveryArgument'
 }
 
 if [ "${1:-}" = plug ]; then
