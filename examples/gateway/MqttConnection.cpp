@@ -105,6 +105,7 @@ void MqttConnection::AbandonAttempt()
 
 void MqttConnection::TakeResult()
 {
+    AbandonAttempt(); // its thread may be in Post() still, and the loop must not end before it left
     const std::shared_ptr<MqttAttempt> pAttempt = std::exchange(m_pAttempt, nullptr);
     if (pAttempt->m_nResult != MOSQ_ERR_SUCCESS)
         return Lose(MqttErrorText(pAttempt->m_nResult, pAttempt->m_nError));
