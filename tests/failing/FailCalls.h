@@ -1,12 +1,23 @@
 #pragma once
 
 #include <atomic>
+#include <cstring>
 
 /// The kinds of calls that libFailCalls.so counts and fails.
 constexpr const char* FAIL_KINDS[] = {"open", "read",   "write",  "fsync", "rename",    "memory",
                                       "fork", "handle", "select", "poll",  "tcsetattr", "thread"};
 constexpr int FAIL_KIND_COUNT = sizeof FAIL_KINDS / sizeof FAIL_KINDS[0];
 constexpr int FAIL_NOTHING = -1;
+
+/// The place of a kind among them; FAIL_NOTHING for any other name.
+inline int FailKindOf(const char* pszKind)
+{
+    for (int nKind = 0; nKind < FAIL_KIND_COUNT; ++nKind) {
+        if (std::strcmp(FAIL_KINDS[nKind], pszKind) == 0)
+            return nKind;
+    }
+    return FAIL_NOTHING;
+}
 
 /// What a program and libFailCalls.so tell each other. It lies in memory that forked processes
 /// share, so that calls are counted through a program's whole family.

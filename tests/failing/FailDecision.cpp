@@ -1,10 +1,9 @@
 // Whether a call fails. Nothing here may allocate, lock or call the system: the calls come from
 // children of vfork() and from inside malloc() too.
 
+#include "tests/failing/DecideOnCall.h"
 #include "tests/failing/FailCalls.h"
-#include "tests/failing/PassCall.h"
 
-#include <cstring>
 #include <new>
 #include <sys/mman.h>
 
@@ -14,15 +13,6 @@ namespace
 SFailCalls* s_pCalls = nullptr;
 // Not one that is made at its first use: that would allocate.
 __attribute__((tls_model("initial-exec"))) thread_local int s_nPause = 0;
-
-int KindOf(const char* pszKind)
-{
-    for (int nKind = 0; nKind < FAIL_KIND_COUNT; ++nKind) {
-        if (std::strcmp(FAIL_KINDS[nKind], pszKind) == 0)
-            return nKind;
-    }
-    return FAIL_NOTHING;
-}
 
 __attribute__((constructor)) void Begin()
 {
@@ -39,7 +29,7 @@ int DecideOnCall(const char* pszKind)
 {
     if (pszKind == nullptr || s_pCalls == nullptr || !s_pCalls->m_bArmed || s_nPause != 0)
         return 0;
-    const int nKind = KindOf(pszKind);
+    const int nKind = FailKindOf(pszKind);
     const unsigned int nNumber = ++s_pCalls->m_anCounts[nKind];
     const bool bFails =
         nKind == s_pCalls->m_nKind &&

@@ -1,7 +1,8 @@
 // The calls for files, in place of the C library's. No header of the C library that declares one
 // of them may be included.
 
-#include "tests/failing/PassCall.h"
+#include "tests/failing/DecideOnCall.h"
+#include "tests/support/PassCall.h"
 
 #include <stdint.h>
 #include <string.h>
@@ -38,56 +39,58 @@ extern "C" {
 
 int open(const char* pszName, int nFlags, unsigned int nMode)
 {
-    return Pass<int>(KindOfOpen(pszName), "open", pszName, nFlags, nMode);
+    return Pass<int>(DecideOnCall(KindOfOpen(pszName)), "open", pszName, nFlags, nMode);
 }
 
 int open64(const char* pszName, int nFlags, unsigned int nMode)
 {
-    return Pass<int>(KindOfOpen(pszName), "open64", pszName, nFlags, nMode);
+    return Pass<int>(DecideOnCall(KindOfOpen(pszName)), "open64", pszName, nFlags, nMode);
 }
 
 ssize_t read(int hFile, void* pBuffer, size_t nSize)
 {
-    return Pass<ssize_t>(IsEvent(hFile) ? nullptr : "read", "read", hFile, pBuffer, nSize);
+    return Pass<ssize_t>(DecideOnCall(IsEvent(hFile) ? nullptr : "read"), "read", hFile, pBuffer,
+                         nSize);
 }
 
 ssize_t pread(int hFile, void* pBuffer, size_t nSize, long nPosition)
 {
-    return Pass<ssize_t>("read", "pread", hFile, pBuffer, nSize, nPosition);
+    return Pass<ssize_t>(DecideOnCall("read"), "pread", hFile, pBuffer, nSize, nPosition);
 }
 
 ssize_t pread64(int hFile, void* pBuffer, size_t nSize, int64_t nPosition)
 {
-    return Pass<ssize_t>("read", "pread64", hFile, pBuffer, nSize, nPosition);
+    return Pass<ssize_t>(DecideOnCall("read"), "pread64", hFile, pBuffer, nSize, nPosition);
 }
 
 ssize_t write(int hFile, const void* pBuffer, size_t nSize)
 {
-    return Pass<ssize_t>(IsEvent(hFile) ? nullptr : "write", "write", hFile, pBuffer, nSize);
+    return Pass<ssize_t>(DecideOnCall(IsEvent(hFile) ? nullptr : "write"), "write", hFile, pBuffer,
+                         nSize);
 }
 
 ssize_t pwrite(int hFile, const void* pBuffer, size_t nSize, long nPosition)
 {
-    return Pass<ssize_t>("write", "pwrite", hFile, pBuffer, nSize, nPosition);
+    return Pass<ssize_t>(DecideOnCall("write"), "pwrite", hFile, pBuffer, nSize, nPosition);
 }
 
 ssize_t pwrite64(int hFile, const void* pBuffer, size_t nSize, int64_t nPosition)
 {
-    return Pass<ssize_t>("write", "pwrite64", hFile, pBuffer, nSize, nPosition);
+    return Pass<ssize_t>(DecideOnCall("write"), "pwrite64", hFile, pBuffer, nSize, nPosition);
 }
 
 int fsync(int hFile)
 {
-    return Pass<int>("fsync", "fsync", hFile);
+    return Pass<int>(DecideOnCall("fsync"), "fsync", hFile);
 }
 
 int fdatasync(int hFile)
 {
-    return Pass<int>("fsync", "fdatasync", hFile);
+    return Pass<int>(DecideOnCall("fsync"), "fdatasync", hFile);
 }
 
 int rename(const char* pszFrom, const char* pszTo)
 {
-    return Pass<int>("rename", "rename", pszFrom, pszTo);
+    return Pass<int>(DecideOnCall("rename"), "rename", pszFrom, pszTo);
 }
 }

@@ -1,7 +1,8 @@
 // The C library's memory, counted and made to fail. No header that declares these functions may be
 // included.
 
-#include "tests/failing/PassCall.h"
+#include "tests/failing/DecideOnCall.h"
+#include "tests/support/PassCall.h"
 
 namespace
 {

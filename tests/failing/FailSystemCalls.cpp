@@ -1,7 +1,8 @@
 // The calls beside those for files, in place of the C library's. No header of the C library that
 // declares one of them may be included.
 
-#include "tests/failing/PassCall.h"
+#include "tests/failing/DecideOnCall.h"
+#include "tests/support/PassCall.h"
 
 #include <stdarg.h>
 
@@ -25,64 +26,66 @@ extern "C" {
 
 ssize_t recv(int hSocket, void* pBuffer, size_t nSize, int nFlags)
 {
-    return Pass<ssize_t>("read", "recv", hSocket, pBuffer, nSize, nFlags);
+    return Pass<ssize_t>(DecideOnCall("read"), "recv", hSocket, pBuffer, nSize, nFlags);
 }
 
 ssize_t send(int hSocket, const void* pBuffer, size_t nSize, int nFlags)
 {
-    return Pass<ssize_t>("write", "send", hSocket, pBuffer, nSize, nFlags);
+    return Pass<ssize_t>(DecideOnCall("write"), "send", hSocket, pBuffer, nSize, nFlags);
 }
 
 ssize_t sendto(int hSocket, const void* pBuffer, size_t nSize, int nFlags, const void* pAddress,
                unsigned int nLength)
 {
-    return Pass<ssize_t>("write", "sendto", hSocket, pBuffer, nSize, nFlags, pAddress, nLength);
+    return Pass<ssize_t>(DecideOnCall("write"), "sendto", hSocket, pBuffer, nSize, nFlags, pAddress,
+                         nLength);
 }
 
 int pipe2(int* phEnds, int nFlags)
 {
-    return Pass<int>("handle", "pipe2", phEnds, nFlags);
+    return Pass<int>(DecideOnCall("handle"), "pipe2", phEnds, nFlags);
 }
 
 int eventfd(unsigned int nCount, int nFlags)
 {
-    return Pass<int>("handle", "eventfd", nCount, nFlags);
+    return Pass<int>(DecideOnCall("handle"), "eventfd", nCount, nFlags);
 }
 
 int epoll_create1(int nFlags)
 {
-    return Pass<int>("handle", "epoll_create1", nFlags);
+    return Pass<int>(DecideOnCall("handle"), "epoll_create1", nFlags);
 }
 
 int socket(int nDomain, int nType, int nProtocol)
 {
-    return Pass<int>("handle", "socket", nDomain, nType, nProtocol);
+    return Pass<int>(DecideOnCall("handle"), "socket", nDomain, nType, nProtocol);
 }
 
 // <sys/types.h> declares this one.
 int select(int nCount, fd_set* pReading, fd_set* pWriting, fd_set* pExcepted, timeval* pTimeout)
 {
-    return Pass<int>("select", "select", nCount, pReading, pWriting, pExcepted, pTimeout);
+    return Pass<int>(DecideOnCall("select"), "select", nCount, pReading, pWriting, pExcepted,
+                     pTimeout);
 }
 
 int poll(void* pPolls, unsigned long nCount, int nTimeout)
 {
-    return Pass<int>("poll", "poll", pPolls, nCount, nTimeout);
+    return Pass<int>(DecideOnCall("poll"), "poll", pPolls, nCount, nTimeout);
 }
 
 int ppoll(void* pPolls, unsigned long nCount, const void* pTimeout, const void* pMask)
 {
-    return Pass<int>("poll", "ppoll", pPolls, nCount, pTimeout, pMask);
+    return Pass<int>(DecideOnCall("poll"), "ppoll", pPolls, nCount, pTimeout, pMask);
 }
 
 int epoll_wait(int hPoll, void* pEvents, int nSize, int nTimeout)
 {
-    return Pass<int>("poll", "epoll_wait", hPoll, pEvents, nSize, nTimeout);
+    return Pass<int>(DecideOnCall("poll"), "epoll_wait", hPoll, pEvents, nSize, nTimeout);
 }
 
 int tcsetattr(int hLine, int nWhen, const void* pSettings)
 {
-    return Pass<int>("tcsetattr", "tcsetattr", hLine, nWhen, pSettings);
+    return Pass<int>(DecideOnCall("tcsetattr"), "tcsetattr", hLine, nWhen, pSettings);
 }
 
 int ioctl(int hFile, unsigned long nRequest, ...)
@@ -91,8 +94,8 @@ int ioctl(int hFile, unsigned long nRequest, ...)
     va_start(pArguments, nRequest);
     void* const pArgument = va_arg(pArguments, void*);
     va_end(pArguments);
-    return Pass<int>(SetsLine(nRequest) ? "tcsetattr" : nullptr, "ioctl", hFile, nRequest,
-                     pArgument);
+    return Pass<int>(DecideOnCall(SetsLine(nRequest) ? "tcsetattr" : nullptr), "ioctl", hFile,
+                     nRequest, pArgument);
 }
 
 int pthread_create(unsigned long* pThread, const void* pAttributes, void* (*pfnMain)(void*),
@@ -106,7 +109,7 @@ int pthread_create(unsigned long* pThread, const void* pAttributes, void* (*pfnM
 
 Id fork()
 {
-    return Pass<Id>("fork", "fork");
+    return Pass<Id>(DecideOnCall("fork"), "fork");
 }
 
 // The last call must be a jump: the child returns from it first and uses the stack that the parent

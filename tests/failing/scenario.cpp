@@ -107,15 +107,6 @@ void RunDisturbed(CScenario& oScenario, SFailCalls& oCalls)
     oCalls.m_bArmed = false;
 }
 
-int KindOf(const char* pszName)
-{
-    for (int nKind = 0; nKind < FAIL_KIND_COUNT; ++nKind) {
-        if (std::string(FAIL_KINDS[nKind]) == pszName)
-            return nKind;
-    }
-    return FAIL_NOTHING;
-}
-
 void CompareHoldings(CScenario& oScenario, const SHoldings& oBefore)
 {
     const SHoldings oAfter = SettledHoldings(oBefore);
@@ -217,7 +208,7 @@ int main(int argc, char** argv)
     SFailCalls& oCalls = *Preloaded<SFailCalls* (*)()>("FailCalls")();
     unsetenv("LD_PRELOAD"); // for the programs that it starts
     const std::unique_ptr<CScenario> pScenario(argc < 6 ? nullptr : MakeScenario(argv[1], argv[2]));
-    oCalls.m_nKind = argc < 6 ? FAIL_NOTHING : KindOf(argv[3]);
+    oCalls.m_nKind = argc < 6 ? FAIL_NOTHING : FailKindOf(argv[3]);
     if (pScenario == nullptr || oCalls.m_nKind == FAIL_NOTHING)
         return 2;
     oCalls.m_nError = std::atoi(argv[4]);

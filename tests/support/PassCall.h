@@ -7,11 +7,6 @@
 #include <stddef.h>
 #include <sys/types.h>
 
-/// Counts a call.
-/// @param pszKind  its kind; null for one that always passes
-/// @return 0 to let it pass, or the `errno` of its failure
-int DecideOnCall(const char* pszKind);
-
 /// The function as the next library defines it.
 inline void* NextCall(const char* pszSymbol)
 {
@@ -19,10 +14,10 @@ inline void* NextCall(const char* pszSymbol)
 }
 
 /// Calls the function as the next library defines it, unless the call is to fail.
+/// @param nError  the `errno` of its failure; 0 lets it pass
 template <typename TResult, typename... TArgs>
-TResult Pass(const char* pszKind, const char* pszSymbol, TArgs... args)
+TResult Pass(int nError, const char* pszSymbol, TArgs... args)
 {
-    const int nError = DecideOnCall(pszKind);
     if (nError != 0) {
         errno = nError;
         return -1;
