@@ -5,6 +5,7 @@
 # Sets up a fresh Debian machine (as root). Debian's MQTT library for ARM stays in build/toolchains.
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 . scripts/arm/targets.sh
+. scripts/arm/packages.sh
 . scripts/broker.sh
 
 need_packages mosquitto python3
@@ -14,22 +15,11 @@ enable_emulation
 readonly room=$PWD/build/toolchains/armhf/mqtt
 readonly libraries=$room/root/usr/lib/arm-linux-gnueabihf
 
-# Fetches the packages with lists of their own: the machine itself gets no second architecture.
-fetch_mqtt() {
-  local package
-  local apt=(-o Dir::State::lists="$room/lists" -o Dir::State::status="$room/status"
-    -o Dir::Cache="$room/cache" -o APT::Architecture=armhf -o APT::Architectures::=armhf)
-  mkdir -p "$room/lists/partial" "$room/cache/archives/partial" "$room/packages"
-  : >"$room/status"
-  try apt-get -qq "${apt[@]}" update 2>/dev/null
-  (cd "$room/packages" && try apt-get -qq "${apt[@]}" download libmosquitto1 libmosquitto-dev libssl3 2>/dev/null)
-  for package in "$room"/packages/*.deb; do
-    try dpkg -x "$package" "$room/root"
-  done
-}
-
 step "The gateway for ARM, with Debian's MQTT library"
-[ -e "$libraries/libmosquitto.so.1" ] || fetch_mqtt
+[ -e "$libraries/libmosquitto.so.1" ] || {
+  list_armhf "$room"
+  unpack_armhf "$room" "$room/root" libmosquitto1 libmosquitto-dev libssl3
+}
 export PKG_CONFIG_LIBDIR=$libraries/pkgconfig PKG_CONFIG_SYSROOT_DIR=$room/root
 try cmake --preset arm -B build/arm-mqtt -DBUILD_TESTING=OFF -DCMAKE_FIND_ROOT_PATH="$room/root" \
   -DCMAKE_EXE_LINKER_FLAGS=-Wl,-rpath-link,"$libraries" -Wno-dev --log-level=WARNING

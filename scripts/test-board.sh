@@ -14,6 +14,7 @@
 # Sets up a fresh Debian machine (as root). What it downloads and makes stays in build/board.
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 . scripts/arm/targets.sh
+. scripts/arm/packages.sh
 . scripts/board/packages.sh
 . scripts/board/root.sh
 . scripts/board/emulator.sh

@@ -1,26 +1,16 @@
 # shellcheck shell=bash
-# Debian's kernel and BusyBox for the emulated board; common.sh comes first.
+# Debian's kernel and BusyBox for the emulated board; common.sh and arm/packages.sh come first.
 
 readonly board=$PWD/build/board
 readonly debian=$board/debian
 
-# Fetches them with package lists of their own: the machine itself gets no second architecture. A
-# list that cannot be had may belong to a suite that is not needed; the downloads decide.
 fetch_debian() {
-  local room=$board/apt kernel package
-  local apt=(-o Dir::State::lists="$room/lists" -o Dir::State::status="$room/status"
-    -o Dir::Cache="$room/cache" -o APT::Architecture=armhf -o APT::Architectures::=armhf
-    -o APT::Sandbox::User=root)
-  mkdir -p "$room/lists/partial" "$room/cache/archives/partial" "$room/packages"
-  : >"$room/status"
-  apt-get -qq "${apt[@]}" update 2>/dev/null || true
-  kernel=$(apt-cache "${apt[@]}" depends linux-image-armmp | sed -n 's/.*Depends: //p')
+  local room=$board/apt kernel
+  list_armhf "$room"
+  kernel=$(for_armhf "$room" apt-cache depends linux-image-armmp | sed -n 's/.*Depends: //p')
   [ -n "$kernel" ] || fail "apt knows no linux-image-armmp for armhf"
-  (cd "$room/packages" && try apt-get -qq "${apt[@]}" download "$kernel" busybox-static)
-  rm -rf "$debian"
-  for package in "$room"/packages/*.deb; do
-    try dpkg -x "$package" "$debian.new"
-  done
+  rm -rf "$debian" "$debian.new"
+  unpack_armhf "$room" "$debian.new" "$kernel" busybox-static
   rm -r "$room"
   mv "$debian.new" "$debian"
 }
